@@ -1,0 +1,7 @@
+#include <string.h>
+
+#include "kivvc.h"
+
+int main(void) {
+    return strcmp(kivvcGetLibVersion()->versionText, "5.2") != 0;
+}

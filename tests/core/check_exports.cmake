@@ -1,0 +1,43 @@
+# Compares the shared object's defined dynamic symbols with the names the
+# public header declares (functions and data words).
+execute_process(COMMAND nm -D --defined-only ${LIB} OUTPUT_VARIABLE nm_out RESULT_VARIABLE rc)
+if(NOT rc EQUAL 0)
+  message(FATAL_ERROR "nm failed on ${LIB}")
+endif()
+string(REGEX MATCHALL "[0-9a-fA-F]+ [A-Za-z] [A-Za-z_][A-Za-z0-9_@.]*" lines "${nm_out}")
+set(exported)
+foreach(l IN LISTS lines)
+  string(REGEX REPLACE "^[0-9a-fA-F]+ [A-Za-z] " "" name "${l}")
+  string(REGEX REPLACE "@.*" "" name "${name}")
+  list(APPEND exported ${name})
+endforeach()
+list(REMOVE_DUPLICATES exported)
+
+file(READ ${HEADER} header)
+# Drop comments and preprocessor lines first.
+string(REGEX REPLACE "/\\*([^*]|\\*+[^*/])*\\*+/" "" header "${header}")
+string(REGEX REPLACE "\n#[^\n]*" "\n" header "${header}")
+# Declarations start with KIV_API; the name is the identifier before '(' (a
+# function) or the one inside '(*name)' or before ';' (a data word).
+string(REGEX MATCHALL "KIV_API[^;]*" decls "${header}")
+set(declared)
+foreach(d IN LISTS decls)
+  if(d MATCHES "\\(\\*([A-Za-z_][A-Za-z0-9_]*)\\)")
+    list(APPEND declared ${CMAKE_MATCH_1})
+  elseif(d MATCHES "([A-Za-z_][A-Za-z0-9_]*)[ \t\n]*\\(")
+    list(APPEND declared ${CMAKE_MATCH_1})
+  elseif(d MATCHES "([A-Za-z_][A-Za-z0-9_]*)[ \t\n]*$")
+    list(APPEND declared ${CMAKE_MATCH_1})
+  endif()
+endforeach()
+list(REMOVE_DUPLICATES declared)
+
+set(missing ${declared})
+list(REMOVE_ITEM missing ${exported})
+set(extra ${exported})
+list(REMOVE_ITEM extra ${declared})
+list(LENGTH declared n)
+if(missing OR extra)
+  message(FATAL_ERROR "export mismatch\n  declared but not exported: ${missing}\n  exported but not declared: ${extra}")
+endif()
+message(STATUS "${n} exported symbols match the header")
