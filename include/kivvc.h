@@ -203,11 +203,23 @@ KIV_API KivStatus kiviAddC8x8_16s8u_C1IR(Kiv16s value, Kiv8u *pSrcDst, Kiv32s sr
 /* ---- section: h264 residual ---- */
 /* ---- end section: h264 residual ---- */
 
+/* ---- section: h264 intra ---- */
+/* ---- end section: h264 intra ---- */
+
+/* ---- section: h264 encoder ---- */
+/* ---- end section: h264 encoder ---- */
+
 /* ---- section: h264 inter ---- */
 /* ---- end section: h264 inter ---- */
 
+/* ---- section: h264 deblocking ---- */
+/* ---- end section: h264 deblocking ---- */
+
 /* ---- section: mpeg4 ---- */
 /* ---- end section: mpeg4 ---- */
+
+/* ---- section: mpeg4 sprite and postfilter ---- */
+/* ---- end section: mpeg4 sprite and postfilter ---- */
 
 /* ---- section: h263 ---- */
 /* ---- end section: h263 ---- */
