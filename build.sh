@@ -32,6 +32,31 @@ install_missing() {
   fi
 }
 
+passed=0
+failed=0
+# Runs ctest in a build directory and adds its counts to the totals.
+run_ctest() {  # dir, env assignments...
+  local dir=$1; shift
+  local log="$dir/ctest.log"
+  local rc=0
+  (cd "$dir" && env "$@" ctest -j "$jobs" --output-on-failure) 2>&1 | tee "$log" || rc=$?
+  local line
+  line=$(grep -E '^[0-9]+% tests passed, [0-9]+ tests failed out of [0-9]+' "$log" | tail -n1)
+  if [ -z "$line" ]; then
+    echo "ctest in $dir gave no summary" >&2
+    exit 1
+  fi
+  local f t
+  f=$(echo "$line" | sed -E 's/.* ([0-9]+) tests failed out of ([0-9]+).*/\1/')
+  t=$(echo "$line" | sed -E 's/.* ([0-9]+) tests failed out of ([0-9]+).*/\2/')
+  passed=$((passed + t - f))
+  failed=$((failed + f))
+  if [ "$rc" -ne 0 ] || [ "$f" -ne 0 ]; then
+    echo "kivvc: $passed passed, $failed failed"
+    exit 1
+  fi
+}
+
 configure_build() {  # dir, extra cmake args...
   local dir=$1; shift
   cmake -S . -B "$dir" -G Ninja -DCMAKE_BUILD_TYPE=Release "$@" >/dev/null
@@ -48,17 +73,23 @@ case "${1:-}" in
     install_missing fuzz
     echo "== normal build"
     configure_build build
-    (cd build && ctest -j "$jobs" --output-on-failure)
+    run_ctest build
     echo "== scalar build (KIVVC_PORTABLE)"
     configure_build build-portable -DKIVVC_PORTABLE=ON -DKIVVC_BENCH=OFF
-    (cd build-portable && ctest -j "$jobs" --output-on-failure)
+    run_ctest build-portable
     echo "== ASan+UBSan build"
     configure_build build-asan -DKIVVC_SANITIZE=ON -DKIVVC_BENCH=OFF
-    (cd build-asan && ASAN_OPTIONS=detect_leaks=1 UBSAN_OPTIONS=halt_on_error=1 ctest -j "$jobs" --output-on-failure)
+    run_ctest build-asan ASAN_OPTIONS=detect_leaks=1 UBSAN_OPTIONS=halt_on_error=1
     echo "== fuzz targets ($fuzz_runs runs each)"
     CC=clang CXX=clang++ configure_build build-fuzz -DKIVVC_FUZZ=ON -DKIVVC_TESTS=OFF -DKIVVC_BENCH=OFF
-    fuzz/run_all.sh build-fuzz "$fuzz_runs"
+    if fuzz/run_all.sh build-fuzz "$fuzz_runs"; then
+      passed=$((passed + $(grep -c . build-fuzz/fuzz_targets.txt)))
+    else
+      echo "kivvc: $passed passed, $((failed + 1)) failed"
+      exit 1
+    fi
     echo "== all checks passed"
+    echo "kivvc: $passed passed, $failed failed"
     ;;
   *)
     echo "usage: $0 speed [FILTER] | test" >&2
