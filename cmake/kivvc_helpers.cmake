@@ -35,21 +35,12 @@ function(kivvc_collect_sources out root families)
   set(${out} ${result} PARENT_SCOPE)
 endfunction()
 
-# Kernel-case descriptions: tests/<family>/*_cases.cpp.
-function(kivvc_collect_cases out root families)
+# Files matching `pattern` in <root>/<family>/ for each family (kernel cases
+# *_cases.cpp, tests *_test.cpp, fuzz targets *_fuzz.cpp).
+function(kivvc_glob_families out root families pattern)
   set(result)
   foreach(fam IN LISTS families)
-    file(GLOB files CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/${root}/${fam}/*_cases.cpp)
-    list(APPEND result ${files})
-  endforeach()
-  set(${out} ${result} PARENT_SCOPE)
-endfunction()
-
-# Test sources: tests/<family>/*_test.cpp.
-function(kivvc_collect_tests out root families)
-  set(result)
-  foreach(fam IN LISTS families)
-    file(GLOB files CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/${root}/${fam}/*_test.cpp)
+    file(GLOB files CONFIGURE_DEPENDS ${root}/${fam}/${pattern})
     list(APPEND result ${files})
   endforeach()
   set(${out} ${result} PARENT_SCOPE)

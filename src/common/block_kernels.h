@@ -1,6 +1,7 @@
 // Block copy, average and add: kernel signatures and the family table.
 #pragma once
 #include <cstdint>
+#include <utility>
 
 #include "core/cpu.h"
 
@@ -26,6 +27,20 @@ using AddConstFn = void (*)(s16 value, u8* dst, int dstStep);
 // full, full, HF0, HF1, FH0, FH1, HH0, HH1.
 inline constexpr int kHpEntries = 8;
 inline constexpr int hp_index(int acc, int rounding) { return (acc & 3) * 2 + (rounding & 1); }
+
+// Fills a half-sample table from a kernel family K<Acc, Round>::fn, both
+// full-position entries taking the rounding-0 kernel. Internal linkage, so
+// each file (whatever its target flags) keeps its own copy.
+namespace {
+template <template <int, int> class K, class Fn, std::size_t... I>
+void fill_hp_table(Fn (&t)[kHpEntries], std::index_sequence<I...>) {
+    ((t[I] = K<(I / 2), (I / 2 == 0 ? 0 : I % 2)>::fn), ...);
+}
+template <template <int, int> class K, class Fn>
+void fill_hp_table(Fn (&t)[kHpEntries]) {
+    fill_hp_table<K>(t, std::make_index_sequence<kHpEntries>{});
+}
+}  // namespace
 
 struct Table {
     CopyFn ownvc_Copy8x4HP_8u_C1R[kHpEntries];

@@ -61,13 +61,6 @@ void add_const8x8(s16 value, u8* dst, int dstStep) {
         for (int x = 0; x < 8; ++x) dst[x] = clip_u8(wrap_s16(dst[x] + value));
 }
 
-// Fills a half-sample table from a kernel template, both full entries the
-// same plain kernel.
-template <template <int, int> class K, class Fn, std::size_t... I>
-void fill_hp(Fn (&t)[kHpEntries], std::index_sequence<I...>) {
-    ((t[I] = K<(I / 2), (I / 2 == 0 ? 0 : I % 2)>::fn), ...);
-}
-
 template <int W, int H>
 struct CopyK {
     template <int Acc, int Round>
@@ -87,15 +80,6 @@ struct AddK {
     static constexpr AddHpFn fn = &add8x8_hp<Acc, Round>;
 };
 
-template <int W, int H>
-void fill_copy(CopyFn (&t)[kHpEntries]) {
-    fill_hp<CopyK<W, H>::template At>(t, std::make_index_sequence<kHpEntries>{});
-}
-template <int W, int H>
-void fill_average(CopyFn (&t)[kHpEntries]) {
-    fill_hp<AvgK<W, H>::template At>(t, std::make_index_sequence<kHpEntries>{});
-}
-
 // Vertical flag first: swap the HF and FH pairs.
 void fill_vertical_first(CopyFn (&dst)[kHpEntries], const CopyFn (&src)[kHpEntries]) {
     static constexpr int kFrom[kHpEntries] = {0, 1, 4, 5, 2, 3, 6, 7};
@@ -105,17 +89,17 @@ void fill_vertical_first(CopyFn (&dst)[kHpEntries], const CopyFn (&src)[kHpEntri
 }  // namespace
 
 void init_block(Table& t, CpuFlags cpu) {
-    fill_copy<8, 4>(t.ownvc_Copy8x4HP_8u_C1R);
-    fill_copy<8, 8>(t.ownvc_Copy8x8HP_8u_C1R);
-    fill_copy<16, 8>(t.ownvc_Copy16x8HP_8u_C1R);
-    fill_copy<16, 16>(t.ownvc_Copy16x16HP_8u_C1R);
-    fill_copy<4, 8>(t.ownvc_Copy4x8HP_8u_C1R);
-    fill_copy<4, 4>(t.copy4x4_hp);
-    fill_hp<AddK>(t.ownvc_Add8x8HP_16s8u_C1RS, std::make_index_sequence<kHpEntries>{});
-    fill_average<8, 4>(t.ownvc_InterpolateAverage8x4HP_8u_C1IR);
-    fill_average<8, 8>(t.ownvc_InterpolateAverage8x8HP_8u_C1IR);
-    fill_average<16, 8>(t.ownvc_InterpolateAverage16x8HP_8u_C1IR);
-    fill_average<16, 16>(t.ownvc_InterpolateAverage16x16HP_8u_C1IR);
+    fill_hp_table<CopyK<8, 4>::At>(t.ownvc_Copy8x4HP_8u_C1R);
+    fill_hp_table<CopyK<8, 8>::At>(t.ownvc_Copy8x8HP_8u_C1R);
+    fill_hp_table<CopyK<16, 8>::At>(t.ownvc_Copy16x8HP_8u_C1R);
+    fill_hp_table<CopyK<16, 16>::At>(t.ownvc_Copy16x16HP_8u_C1R);
+    fill_hp_table<CopyK<4, 8>::At>(t.ownvc_Copy4x8HP_8u_C1R);
+    fill_hp_table<CopyK<4, 4>::At>(t.copy4x4_hp);
+    fill_hp_table<AddK>(t.ownvc_Add8x8HP_16s8u_C1RS);
+    fill_hp_table<AvgK<8, 4>::At>(t.ownvc_InterpolateAverage8x4HP_8u_C1IR);
+    fill_hp_table<AvgK<8, 8>::At>(t.ownvc_InterpolateAverage8x8HP_8u_C1IR);
+    fill_hp_table<AvgK<16, 8>::At>(t.ownvc_InterpolateAverage16x8HP_8u_C1IR);
+    fill_hp_table<AvgK<16, 16>::At>(t.ownvc_InterpolateAverage16x16HP_8u_C1IR);
     t.average8x8 = &average<8, 8>;
     t.average16x16 = &average<16, 16>;
     t.add8x8 = &add8x8;

@@ -136,10 +136,6 @@ void average(const u8* a, int as, const u8* b, int bs, u8* dst, int ds) {
     for (int y = 0; y < H; ++y, a += as, b += bs, dst += ds) store<W>(dst, _mm_avg_epu8(load<W>(a), load<W>(b)));
 }
 
-template <class Fn, template <int, int> class K, std::size_t... I>
-void fill(Fn (&t)[kHpEntries], std::index_sequence<I...>) {
-    ((t[I] = K<(I / 2), (I / 2 == 0 ? 0 : I % 2)>::fn), ...);
-}
 template <int W, int H>
 struct Copy {
     template <int A, int R>
@@ -158,22 +154,21 @@ template <int A, int R>
 struct Add {
     static constexpr AddHpFn fn = &add8x8_hp<A, R>;
 };
-constexpr auto kSeq = std::make_index_sequence<kHpEntries>{};
 
 }  // namespace
 
 void init_block_sse2(Table& t) {
-    fill<CopyFn, Copy<8, 4>::At>(t.ownvc_Copy8x4HP_8u_C1R, kSeq);
-    fill<CopyFn, Copy<8, 8>::At>(t.ownvc_Copy8x8HP_8u_C1R, kSeq);
-    fill<CopyFn, Copy<16, 8>::At>(t.ownvc_Copy16x8HP_8u_C1R, kSeq);
-    fill<CopyFn, Copy<16, 16>::At>(t.ownvc_Copy16x16HP_8u_C1R, kSeq);
-    fill<CopyFn, Copy<4, 8>::At>(t.ownvc_Copy4x8HP_8u_C1R, kSeq);
-    fill<CopyFn, Copy<4, 4>::At>(t.copy4x4_hp, kSeq);
-    fill<AddHpFn, Add>(t.ownvc_Add8x8HP_16s8u_C1RS, kSeq);
-    fill<CopyFn, Avg<8, 4>::At>(t.ownvc_InterpolateAverage8x4HP_8u_C1IR, kSeq);
-    fill<CopyFn, Avg<8, 8>::At>(t.ownvc_InterpolateAverage8x8HP_8u_C1IR, kSeq);
-    fill<CopyFn, Avg<16, 8>::At>(t.ownvc_InterpolateAverage16x8HP_8u_C1IR, kSeq);
-    fill<CopyFn, Avg<16, 16>::At>(t.ownvc_InterpolateAverage16x16HP_8u_C1IR, kSeq);
+    fill_hp_table<Copy<8, 4>::At>(t.ownvc_Copy8x4HP_8u_C1R);
+    fill_hp_table<Copy<8, 8>::At>(t.ownvc_Copy8x8HP_8u_C1R);
+    fill_hp_table<Copy<16, 8>::At>(t.ownvc_Copy16x8HP_8u_C1R);
+    fill_hp_table<Copy<16, 16>::At>(t.ownvc_Copy16x16HP_8u_C1R);
+    fill_hp_table<Copy<4, 8>::At>(t.ownvc_Copy4x8HP_8u_C1R);
+    fill_hp_table<Copy<4, 4>::At>(t.copy4x4_hp);
+    fill_hp_table<Add>(t.ownvc_Add8x8HP_16s8u_C1RS);
+    fill_hp_table<Avg<8, 4>::At>(t.ownvc_InterpolateAverage8x4HP_8u_C1IR);
+    fill_hp_table<Avg<8, 8>::At>(t.ownvc_InterpolateAverage8x8HP_8u_C1IR);
+    fill_hp_table<Avg<16, 8>::At>(t.ownvc_InterpolateAverage16x8HP_8u_C1IR);
+    fill_hp_table<Avg<16, 16>::At>(t.ownvc_InterpolateAverage16x16HP_8u_C1IR);
     t.average8x8 = &average<8, 8>;
     t.average16x16 = &average<16, 16>;
     t.add8x8 = &add8x8;
