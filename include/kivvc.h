@@ -219,6 +219,88 @@ KIV_API KivStatus kiviAddC8x8_16s8u_C1IR(Kiv16s value, Kiv8u *pSrcDst, Kiv32s sr
 /* ---- end section: mpeg4 ---- */
 
 /* ---- section: mpeg4 sprite and postfilter ---- */
+/* Sprite warping and global motion (MPEG-4 sprites and GMC). A picture's
+ * warping points are turned once into a prepared record in caller memory
+ * (kiviWarpGetSize_MPEG4 bytes, used from its first 16-byte boundary on); the
+ * block functions only read it. Positions are held in 1/16 sample units; the
+ * warping accuracy 0..3 selects 1/2, 1/4, 1/8 or 1/16 sample precision. */
+typedef struct KiviWarpSpec_MPEG4 KiviWarpSpec_MPEG4;
+/* A motion vector: horizontal then vertical component. */
+typedef struct { Kiv16s dx; Kiv16s dy; } KivMotionVector;
+
+/* Size in bytes of the memory a warp record needs (328, enough for the record
+ * at any alignment). Statuses: NullPointer. */
+KIV_API KivStatus kiviWarpGetSize_MPEG4(int *pSpecSize);
+/* Prepares a warp record from the decoded trajectories pDU/pDV (half-sample
+ * units; entries 1..3 relative to the first point) for 0..4 warping points,
+ * sprite type (1 static sprite, anything else GMC), accuracy 0..3, rounding
+ * type (used by GMC only), quarter-sample flag, fcode 1..7, sprite rectangle
+ * and picture rectangle. Statuses in order: NullPointer (pSpec); OutOfRange
+ * (points outside 0..4, four points with GMC, accuracy outside 0..3, fcode
+ * outside 1..7); BadSize (a rectangle width or height below 1). With points,
+ * null pDU or pDV gives NullPointer after the picture-level fields are
+ * filled; the identifier is written only on success, so such a record (and a
+ * record whose re-initialisation failed) is refused by every user. Choices:
+ * the rectangles are required; a null one is refused with NullPointer where
+ * it would first be read instead of being dereferenced. The integer terms of
+ * the four-point set-up and of the affine positions are formed in 64 bits, so
+ * they equal the 32-bit definition wherever that does not overflow and stay
+ * defined where it would. */
+KIV_API KivStatus kiviWarpInit_MPEG4(KiviWarpSpec_MPEG4 *pSpec, const int *pDU, const int *pDV, int numWarpingPoints,
+                                     int spriteType, int warpingAccuracy, int roundingType, int quarterSample,
+                                     int fcode, const KiviRect *spriteRect, const KiviRect *vopRect);
+/* Predicts the luma block dstRect (picture coordinates) from the reference
+ * plane pSrcY, which starts at the sprite rectangle's top-left sample and is
+ * read only inside the sprite rectangle (border samples repeat outward).
+ * No points: a copy; one point: whole- or half-sample translation (16x16
+ * blocks with a sample to spare through the half-sample copy, others by
+ * clamped half-sample averages); two or three points: affine positions; four:
+ * perspective positions in double precision; positions off the whole-sample
+ * grid are sampled bilinearly. Statuses in order: NullPointer (pSpec, pSrcY,
+ * pDstY), ContextMismatch (not an initialised record), NullPointer (dstRect).
+ * An empty block writes nothing. */
+KIV_API KivStatus kiviWarpLuma_MPEG4_8u_C1R(const Kiv8u *pSrcY, int srcStepY, Kiv8u *pDstY, int dstStepY,
+                                            const KiviRect *dstRect, const KiviWarpSpec_MPEG4 *pSpec);
+/* As kiviWarpLuma_MPEG4_8u_C1R for the two chroma planes (treated alike) of
+ * the chroma block dstRect, against the chroma sprite rectangle (x / 2, y / 2,
+ * (width + 1) >> 1, (height + 1) >> 1). One point: an 8x8 block on the
+ * half-sample grid with a sample to spare uses the 8x8 half-sample copy.
+ * Statuses in order: NullPointer (pSpec, pSrcCb, pDstCb, pSrcCr, pDstCr),
+ * ContextMismatch, NullPointer (dstRect). */
+KIV_API KivStatus kiviWarpChroma_MPEG4_8u_P2R(const Kiv8u *pSrcCb, int srcStepCb, const Kiv8u *pSrcCr, int srcStepCr,
+                                              Kiv8u *pDstCb, int dstStepCb, Kiv8u *pDstCr, int dstStepCr,
+                                              const KiviRect *dstRect, const KiviWarpSpec_MPEG4 *pSpec);
+/* The global motion vector of the 16x16 luma macroblock at (xOffset, yOffset):
+ * (0, 0) without points; the translation for one point; for two and three
+ * points the mean warped displacement over the macroblock's 256 samples,
+ * rounded half away from zero, in half- or quarter-sample units by the
+ * quarter-sample flag. Each component is then limited to
+ * -(16 << fcode)..(16 << fcode) - 1. Choice: a four-point record (static
+ * sprites only) gives (0, 0). Statuses in order: NullPointer (pSpec, pGMV),
+ * ContextMismatch. */
+KIV_API KivStatus kiviCalcGlobalMV_MPEG4(int xOffset, int yOffset, KivMotionVector *pGMV,
+                                         const KiviWarpSpec_MPEG4 *pSpec);
+/* Sprite brightness change in place: m = (factor * 1024 +- 50) / 100 + 1024
+ * (sign of the factor, division toward zero), each sample becomes
+ * clamp((sample * m + 520) >> 10, 0, 255). Statuses in order: NullPointer;
+ * OutOfRange (factor outside -112..1648). Factor 0 returns at once; a width
+ * or height below 1 writes nothing. */
+KIV_API KivStatus kiviChangeSpriteBrightness_MPEG4_8u_C1IR(Kiv8u *pSrcDst, int srcDstStep, int width, int height,
+                                                           int brightnessChangeFactor);
+
+/* Deblocking post-filter across one 8-sample segment of a horizontal block
+ * edge, in place: pSrcDst addresses the first row below the edge; for each of
+ * the columns 0..7 the rows -5..4 are read and rows -4..3 may be written.
+ * Per column, when at least THR2 of the nine neighbour differences are at most
+ * THR1, flat lines (max - min of the inner eight below 2 * QP) are smoothed by
+ * the nine-tap DC-offset filter; otherwise the two samples at the edge get the
+ * default correction, never past their midpoint. Statuses in order:
+ * NullPointer; BadQp (QP outside 1..31). THR1 and THR2 are not checked. */
+KIV_API KivStatus kiviFilterDeblocking8x8HorEdge_MPEG4_8u_C1IR(Kiv8u *pSrcDst, int step, int QP, int THR1, int THR2);
+/* As kiviFilterDeblocking8x8HorEdge_MPEG4_8u_C1IR across a vertical edge:
+ * pSrcDst addresses the first column right of the edge; rows 0..7, columns
+ * -5..4 read, -4..3 written. */
+KIV_API KivStatus kiviFilterDeblocking8x8VerEdge_MPEG4_8u_C1IR(Kiv8u *pSrcDst, int step, int QP, int THR1, int THR2);
 /* ---- end section: mpeg4 sprite and postfilter ---- */
 
 /* ---- section: h263 ---- */
