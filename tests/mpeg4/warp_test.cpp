@@ -210,6 +210,38 @@ TEST(MPEG4Warp, AffinePerspectiveAgreesWithThreePoints) {
     }
 }
 
+// One point, chroma: the luma translation halved on the 1/s grid (up for
+// static sprites, to the odd neighbour for GMC), through the 8x8 half-sample
+// copy inside and bilinear sampling elsewhere; Cb and Cr alike.
+TEST(MPEG4Warp, OnePointChromaFollowsTheHalvedTranslation) {
+    kivvc::test::Rng rng(6);
+    Sprite cb(40, 40, rng), cr(40, 40, rng);
+    for (int trial = 0; trial < 200; ++trial) {
+        const int type = rng.range(0, 1), acc = rng.range(0, 3), rounding = rng.range(0, 1);
+        const int du = rng.range(-15, 15), dv = rng.range(-15, 15);
+        Record r;
+        ASSERT_EQ(init(r, {du}, {dv}, 1, type, acc, rounding, 0, 2, KiviRect{0, 0, 80, 80}, KiviRect{0, 0, 80, 80}),
+                  kivStsOk);
+        auto halve = [&](int luma_half_samples) {  // chroma position in 1/16 units
+            const int v = luma_half_samples << acc;  // 1/s units
+            const int c = type == 1 ? (v + 1) >> 1 : (v >> 1) | (v & 1);
+            return c * (1 << (3 - acc));
+        };
+        const int X = halve(du), Y = halve(dv);
+        const int rf = type == 1 ? 0 : rounding, t = 128 - (rf << (3 - acc));
+        const KiviRect b{8 * rng.range(0, 4), 8 * rng.range(0, 4), 8, 8};
+        Kiv8u ob[64], orr[64];
+        ASSERT_EQ(kiviWarpChroma_MPEG4_8u_P2R(cb.px.data(), 40, cr.px.data(), 40, ob, 8, orr, 8, &b, r.spec()), kivStsOk);
+        for (int y = 0; y < 8; ++y)
+            for (int x = 0; x < 8; ++x) {
+                const int sx = 16 * (b.x + x) + X, sy = 16 * (b.y + y) + Y;
+                // On the half-sample grid inside the plane the half-sample copy applies.
+                ASSERT_EQ(ob[y * 8 + x], sample(cb, sx, sy, t)) << "trial " << trial;
+                ASSERT_EQ(orr[y * 8 + x], sample(cr, sx, sy, t)) << "trial " << trial;
+            }
+    }
+}
+
 TEST(MPEG4Warp, GlobalMotionRoundsHalvesAwayFromZeroAndIsLimited) {
     kivvc::test::Rng rng(5);
     KivMotionVector mv;
