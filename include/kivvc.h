@@ -195,6 +195,152 @@ KIV_API KivStatus kiviAdd8x8HP_16s8u_C1RS(const Kiv16s *pResidual, Kiv32s residu
 KIV_API KivStatus kiviAddC8x8_16s8u_C1IR(Kiv16s value, Kiv8u *pSrcDst, Kiv32s srcDstStep);
 
 /* ---- section: block metrics ---- */
+/* ======================================================================== */
+/* Block metrics: SAD, SSD, residuals, variances, edges, scans              */
+/* ======================================================================== */
+/* Half-sample position `mcType`: bit 3 horizontal half, bit 2 vertical half;
+ * every other bit is ignored (values outside 0, 4, 8, 12 act as their bits 2
+ * and 3). FF reads the block; HF one column more, FH one row more, HH both.
+ * The metrics round half-sample predictions up: (a + b + 1) >> 1 and
+ * (a + b + c + d + 2) >> 2. Steps are in bytes, also for 16-bit samples.
+ * Unless a comment says otherwise the only status is kivStsNullPointer, tested
+ * on every pointer argument in parameter order; nothing is read past the
+ * block (and its half-sample column and row). */
+
+/* *pResult = sum of abs(cur - pred) over 16x16, pred the reference at mcType. */
+KIV_API KivStatus kiviSAD16x16_8u32s(const Kiv8u *pSrc, Kiv32s srcStep, const Kiv8u *pRef, Kiv32s refStep, Kiv32s *pResult, Kiv32s mcType);
+/* As kiviSAD16x16_8u32s over 16 wide, 8 high. */
+KIV_API KivStatus kiviSAD16x8_8u32s_C1R(const Kiv8u *pSrc, Kiv32s srcStep, const Kiv8u *pRef, Kiv32s refStep, Kiv32s *pResult, Kiv32s mcType);
+/* As kiviSAD16x16_8u32s over 8x8. */
+KIV_API KivStatus kiviSAD8x8_8u32s_C1R(const Kiv8u *pSrc, Kiv32s srcStep, const Kiv8u *pRef, Kiv32s refStep, Kiv32s *pResult, Kiv32s mcType);
+/* As kiviSAD16x16_8u32s with 16-bit samples (full 0..65535 range), 4x4. */
+KIV_API KivStatus kiviSAD4x4_16u32s_C1R(const Kiv16u *pSrc, Kiv32s srcStep, const Kiv16u *pRef, Kiv32s refStep, Kiv32s *pResult, Kiv32s mcType);
+/* As kiviSAD4x4_16u32s_C1R over 8x8. */
+KIV_API KivStatus kiviSAD8x8_16u32s_C1R(const Kiv16u *pSrc, Kiv32s srcStep, const Kiv16u *pRef, Kiv32s refStep, Kiv32s *pResult, Kiv32s mcType);
+/* As kiviSAD4x4_16u32s_C1R over 16x16. */
+KIV_API KivStatus kiviSAD16x16_16u32s_C1R(const Kiv16u *pSrc, Kiv32s srcStep, const Kiv16u *pRef, Kiv32s refStep, Kiv32s *pResult, Kiv32s mcType);
+/* *pResult = sum of (cur - pred)^2 over 8x8, pred the reference at mcType. */
+KIV_API KivStatus kiviSSD8x8_8u32s_C1R(const Kiv8u *pSrc, Kiv32s srcStep, const Kiv8u *pRef, Kiv32s refStep, Kiv32s *pResult, Kiv32s mcType);
+/* As kiviSSD8x8_8u32s_C1R over 4x4. */
+KIV_API KivStatus kiviSSD4x4_8u32s_C1R(const Kiv8u *pSrc, Kiv32s srcStep, const Kiv8u *pRef, Kiv32s refStep, Kiv32s *pResult, Kiv32s mcType);
+/* *pResult = sum of abs(cur - ref) over 4x4 (full position). */
+KIV_API KivStatus kiviSAD4x4_8u32s(const Kiv8u *pSrc, Kiv32s srcStep, const Kiv8u *pRef, Kiv32s refStep, Kiv32s *pResult);
+/* *pResult = sum of (cur - pred)^2 over 16x16. mcType must be exactly 0, 4, 8
+ * or 12; any other value returns kivStsOk and leaves *pResult unwritten. */
+KIV_API KivStatus kiviSqrDiff16x16_8u32s(const Kiv8u *pSrc, Kiv32s srcStep, const Kiv8u *pRef, Kiv32s refStep, Kiv32s mcType, Kiv32s *pResult);
+/* *pResult = sum of (cur - b)^2 over 16x16, b = (predF + predB + 1) >> 1, each
+ * prediction from its reference at its own mcType. Pointers tested: pSrc,
+ * pRefF, pRefB, pResult. */
+KIV_API KivStatus kiviSqrDiff16x16B_8u32s(const Kiv8u *pSrc, Kiv32s srcStep, const Kiv8u *pRefF, Kiv32s refFStep, Kiv32s mcTypeF, const Kiv8u *pRefB, Kiv32s refBStep, Kiv32s mcTypeB, Kiv32s *pResult);
+
+/* Residuals. pDst = cur - pred as Kiv16s; pPred (may be null) receives pred.
+ * The prediction uses `roundControl` (bit 0 only; 0 rounds up, 1 down):
+ * (a + b + 1 - rc) >> 1 and (a + b + c + d + 2 - rc) >> 2. Pointers tested:
+ * pSrc, pRef, pDst. 16x16. */
+KIV_API KivStatus kiviGetDiff16x16_8u16s_C1(const Kiv8u *pSrc, Kiv32s srcStep, const Kiv8u *pRef, Kiv32s refStep, Kiv16s *pDst, Kiv32s dstStep, Kiv16s *pPred, Kiv32s predStep, Kiv32s mcType, Kiv32s roundControl);
+/* As kiviGetDiff16x16_8u16s_C1, 16 wide, 8 high. */
+KIV_API KivStatus kiviGetDiff16x8_8u16s_C1(const Kiv8u *pSrc, Kiv32s srcStep, const Kiv8u *pRef, Kiv32s refStep, Kiv16s *pDst, Kiv32s dstStep, Kiv16s *pPred, Kiv32s predStep, Kiv32s mcType, Kiv32s roundControl);
+/* As kiviGetDiff16x16_8u16s_C1, 8 wide, 16 high. */
+KIV_API KivStatus kiviGetDiff8x16_8u16s_C1(const Kiv8u *pSrc, Kiv32s srcStep, const Kiv8u *pRef, Kiv32s refStep, Kiv16s *pDst, Kiv32s dstStep, Kiv16s *pPred, Kiv32s predStep, Kiv32s mcType, Kiv32s roundControl);
+/* As kiviGetDiff16x16_8u16s_C1, 8x8. */
+KIV_API KivStatus kiviGetDiff8x8_8u16s_C1(const Kiv8u *pSrc, Kiv32s srcStep, const Kiv8u *pRef, Kiv32s refStep, Kiv16s *pDst, Kiv32s dstStep, Kiv16s *pPred, Kiv32s predStep, Kiv32s mcType, Kiv32s roundControl);
+/* As kiviGetDiff16x16_8u16s_C1, 8 wide, 4 high. */
+KIV_API KivStatus kiviGetDiff8x4_8u16s_C1(const Kiv8u *pSrc, Kiv32s srcStep, const Kiv8u *pRef, Kiv32s refStep, Kiv16s *pDst, Kiv32s dstStep, Kiv16s *pPred, Kiv32s predStep, Kiv32s mcType, Kiv32s roundControl);
+/* Bidirectional residual: pDst = cur - ((predF + predB + 1) >> 1), each
+ * prediction at its own mcType with roundControl as above. Pointers tested:
+ * pSrc, pRefF, pRefB, pDst. 16x16. */
+KIV_API KivStatus kiviGetDiff16x16B_8u16s_C1(const Kiv8u *pSrc, Kiv32s srcStep, const Kiv8u *pRefF, Kiv32s refFStep, Kiv32s mcTypeF, const Kiv8u *pRefB, Kiv32s refBStep, Kiv32s mcTypeB, Kiv16s *pDst, Kiv32s dstStep, Kiv32s roundControl);
+/* As kiviGetDiff16x16B_8u16s_C1, 16 wide, 8 high. */
+KIV_API KivStatus kiviGetDiff16x8B_8u16s_C1(const Kiv8u *pSrc, Kiv32s srcStep, const Kiv8u *pRefF, Kiv32s refFStep, Kiv32s mcTypeF, const Kiv8u *pRefB, Kiv32s refBStep, Kiv32s mcTypeB, Kiv16s *pDst, Kiv32s dstStep, Kiv32s roundControl);
+/* As kiviGetDiff16x16B_8u16s_C1, 8 wide, 16 high. */
+KIV_API KivStatus kiviGetDiff8x16B_8u16s_C1(const Kiv8u *pSrc, Kiv32s srcStep, const Kiv8u *pRefF, Kiv32s refFStep, Kiv32s mcTypeF, const Kiv8u *pRefB, Kiv32s refBStep, Kiv32s mcTypeB, Kiv16s *pDst, Kiv32s dstStep, Kiv32s roundControl);
+/* As kiviGetDiff16x16B_8u16s_C1, 8x8. */
+KIV_API KivStatus kiviGetDiff8x8B_8u16s_C1(const Kiv8u *pSrc, Kiv32s srcStep, const Kiv8u *pRefF, Kiv32s refFStep, Kiv32s mcTypeF, const Kiv8u *pRefB, Kiv32s refBStep, Kiv32s mcTypeB, Kiv16s *pDst, Kiv32s dstStep, Kiv32s roundControl);
+/* As kiviGetDiff16x16B_8u16s_C1, 8 wide, 4 high. */
+KIV_API KivStatus kiviGetDiff8x4B_8u16s_C1(const Kiv8u *pSrc, Kiv32s srcStep, const Kiv8u *pRefF, Kiv32s refFStep, Kiv32s mcTypeF, const Kiv8u *pRefB, Kiv32s refBStep, Kiv32s mcTypeB, Kiv16s *pDst, Kiv32s dstStep, Kiv32s roundControl);
+/* pDst = cur - ref over 4x4 (full position). */
+KIV_API KivStatus kiviGetDiff4x4_8u16s_C1(const Kiv8u *pSrc, Kiv32s srcStep, const Kiv8u *pRef, Kiv32s refStep, Kiv16s *pDst, Kiv32s dstStep);
+/* pDst = pSrc1 - pSrc2 over 4x4. */
+KIV_API KivStatus kiviSub4x4_8u16s_C1R(const Kiv8u *pSrc1, Kiv32s src1Step, const Kiv8u *pSrc2, Kiv32s src2Step, Kiv16s *pDst, Kiv32s dstStep);
+/* As kiviSub4x4_8u16s_C1R over 8x8. */
+KIV_API KivStatus kiviSub8x8_8u16s_C1R(const Kiv8u *pSrc1, Kiv32s src1Step, const Kiv8u *pSrc2, Kiv32s src2Step, Kiv16s *pDst, Kiv32s dstStep);
+/* As kiviSub4x4_8u16s_C1R over 16x16. */
+KIV_API KivStatus kiviSub16x16_8u16s_C1R(const Kiv8u *pSrc1, Kiv32s src1Step, const Kiv8u *pSrc2, Kiv32s src2Step, Kiv16s *pDst, Kiv32s dstStep);
+/* pDst = pSrc1 - pSrc2 over 4x4 of 16-bit samples. Differences beyond the
+ * Kiv16s range (samples of more than 15 bits) wrap modulo 2^16. */
+KIV_API KivStatus kiviSub4x4_16u16s_C1R(const Kiv16u *pSrc1, Kiv32s src1Step, const Kiv16u *pSrc2, Kiv32s src2Step, Kiv16s *pDst, Kiv32s dstStep);
+/* As kiviSub4x4_16u16s_C1R over 8x8. */
+KIV_API KivStatus kiviSub8x8_16u16s_C1R(const Kiv16u *pSrc1, Kiv32s src1Step, const Kiv16u *pSrc2, Kiv32s src2Step, Kiv16s *pDst, Kiv32s dstStep);
+/* pDst = pSrc1 - pSrc2 and *pSAD = sum of abs(pSrc1 - pSrc2) over 8x8.
+ * Pointers tested: pSrc1, pSrc2, pDst, pSAD. */
+KIV_API KivStatus kiviSubSAD8x8_8u16s_C1R(const Kiv8u *pSrc1, Kiv32s src1Step, const Kiv8u *pSrc2, Kiv32s src2Step, Kiv16s *pDst, Kiv32s dstStep, Kiv32s *pSAD);
+
+/* Activity. *pVar = q - floor(s*s / 256), s and q the sum and the sum of
+ * squares of the 16x16 block (s*s is formed in 64 bits). */
+KIV_API KivStatus kiviVariance16x16_8u32s(const Kiv8u *pSrc, Kiv32s srcStep, Kiv32s *pVar);
+/* 8x8 variance and sum: s and q summed in 32 bits, both rounded to single
+ * precision, *pVar = trunc(q / 64 - (s / 64)^2) (exact for these ranges, so
+ * for 8-bit samples *pVar = (64q - s*s) >> 12); *pMean receives s itself. */
+KIV_API KivStatus kiviVarMean8x8_8u32s_C1R(const Kiv8u *pSrc, Kiv32s srcStep, Kiv32s *pVar, Kiv32s *pMean);
+/* The same as kiviVarMean8x8_8u32s_C1R. */
+KIV_API KivStatus kiviVarSum8x8_8u32s_C1R(const Kiv8u *pSrc, Kiv32s srcStep, Kiv32s *pVar, Kiv32s *pSum);
+/* As kiviVarMean8x8_8u32s_C1R with Kiv16s samples. q is kept as a signed
+ * 32-bit value, wrapping modulo 2^32; it differs from the true sum of squares
+ * only beyond 2^31 - 1 (samples of magnitude above 5792 or so). */
+KIV_API KivStatus kiviVarMean8x8_16s32s_C1R(const Kiv16s *pSrc, Kiv32s srcStep, Kiv32s *pVar, Kiv32s *pMean);
+/* The same as kiviVarMean8x8_16s32s_C1R. */
+KIV_API KivStatus kiviVarSum8x8_16s32s_C1R(const Kiv16s *pSrc, Kiv32s srcStep, Kiv32s *pVar, Kiv32s *pSum);
+/* Residual variance and mean of each 8x8 block of 16x16 (blocks in raster
+ * order), d = cur - pred at mcType (rounding up): mean[i] = (pSrcSum[i] -
+ * sum of pred) / 8 and var[i] = (sum of d^2 - mean^2) / 64 when that is
+ * positive, else 0 (divisions truncate toward zero). pSrcSum holds the
+ * caller's sums of the current samples per block; the arithmetic is done in
+ * 64 bits, so any sums give a defined result (truncated to 32 bits). */
+KIV_API KivStatus kiviVarMeanDiff16x16_8u32s_C1R(const Kiv8u *pSrc, Kiv32s srcStep, const Kiv8u *pRef, Kiv32s refStep, const Kiv32s *pSrcSum, Kiv32s *pVar, Kiv32s *pMean, Kiv32s mcType);
+/* As kiviVarMeanDiff16x16_8u32s_C1R over 16x8: two blocks side by side. */
+KIV_API KivStatus kiviVarMeanDiff16x8_8u32s_C1R(const Kiv8u *pSrc, Kiv32s srcStep, const Kiv8u *pRef, Kiv32s refStep, const Kiv32s *pSrcSum, Kiv32s *pVar, Kiv32s *pMean, Kiv32s mcType);
+/* *pResult = sum of abs(x - m) over 8x8, m = (sum + 32) >> 6. */
+KIV_API KivStatus kiviMeanAbsDev8x8_8u32s_C1R(const Kiv8u *pSrc, Kiv32s srcStep, Kiv32s *pResult);
+/* *pResult = sum of abs(x - m) over 16x16, m = (sum + 128) >> 8. */
+KIV_API KivStatus kiviMeanAbsDev16x16_8u32s_C1R(const Kiv8u *pSrc, Kiv32s srcStep, Kiv32s *pResult);
+/* Frame and field activity of a 16x16 block: *pFrame = sum of abs(p(x, y) -
+ * p(x, y + 1)) over rows 0..6 and 8..14 (rows 7 and 8 are not paired), *pField
+ * = sum of abs(p(x, y) - p(x, y + 2)) over rows 0..13. */
+KIV_API KivStatus kiviFrameFieldSAD16x16_8u32s_C1R(const Kiv8u *pSrc, Kiv32s srcStep, Kiv32s *pFrame, Kiv32s *pField);
+/* As kiviFrameFieldSAD16x16_8u32s_C1R with Kiv16s samples (exact differences). */
+KIV_API KivStatus kiviFrameFieldSAD16x16_16s32s_C1R(const Kiv16s *pSrc, Kiv32s srcStep, Kiv32s *pFrame, Kiv32s *pField);
+/* SAD of each 8x8 quarter of a 16x16 block (full position), in raster order. */
+KIV_API KivStatus kiviSAD16x16Blocks8x8_8u16u(const Kiv8u *pSrc, Kiv32s srcStep, const Kiv8u *pRef, Kiv32s refStep, Kiv16u *pDstSAD);
+/* SAD of each of the sixteen 4x4 blocks of a 16x16 block, in raster order. */
+KIV_API KivStatus kiviSAD16x16Blocks4x4_8u16u(const Kiv8u *pSrc, Kiv32s srcStep, const Kiv8u *pRef, Kiv32s refStep, Kiv16u *pDstSAD);
+/* As kiviSAD16x16Blocks8x8_8u16u with 16-bit samples and 32-bit results. */
+KIV_API KivStatus kiviSAD16x16Blocks8x8_16u32u_C1R(const Kiv16u *pSrc, Kiv32s srcStep, const Kiv16u *pRef, Kiv32s refStep, Kiv32u *pDstSAD);
+/* As kiviSAD16x16Blocks4x4_8u16u with 16-bit samples and 32-bit results. */
+KIV_API KivStatus kiviSAD16x16Blocks4x4_16u32u_C1R(const Kiv16u *pSrc, Kiv32s srcStep, const Kiv16u *pRef, Kiv32s refStep, Kiv32u *pDstSAD);
+/* Edge test over 16x16: a position (x, y), x and y in 0..14, counts when the
+ * step to its right or lower neighbour, capped at 127, exceeds diffThreshold
+ * read as a signed byte (so a threshold of 128 or more counts every
+ * position; keep it below 127). After each row, a count above countThreshold
+ * sets *pRes = 1 and ends the scan (later rows are not read); otherwise
+ * *pRes = 0. Pointers tested: pSrc, pRes. */
+KIV_API KivStatus kiviEdgesDetect16x16_8u_C1R(const Kiv8u *pSrc, Kiv32s srcStep, Kiv8u diffThreshold, Kiv8u countThreshold, Kiv8u *pRes);
+
+/* Coefficients. *pCount = number of zeros among the 64 coefficients.
+ * Pointers tested: pCount, pSrc. */
+KIV_API KivStatus kiviCountZeros8x8_16s_C1(const Kiv16s *pSrc, Kiv32u *pCount);
+/* Reorders a raster-order 8x8 block into scan order (scan 1 alternate
+ * vertical, 2 alternate horizontal, any other zigzag). With countNonZero of
+ * 20 or more every position is copied; below 20 the destination is zeroed
+ * and only nonzero values are copied, up to and including the
+ * countNonZero-th (any later nonzero values are dropped). Statuses:
+ * kivStsNullPointer (pSrc, pDst), kivStsOutOfRange for countNonZero outside
+ * 1..64. */
+KIV_API KivStatus kiviScanFwd_16s_C1(const Kiv16s *pSrc, Kiv16s *pDst, Kiv32s countNonZero, Kiv32s scan);
+/* Reorders scan-order coefficients 0..indxLastNonZero into a zeroed
+ * raster-order 8x8 block (scan selector as kiviScanFwd_16s_C1). Statuses:
+ * kivStsNullPointer (pSrc, pDst), kivStsOutOfRange for indxLastNonZero
+ * outside 0..63. */
+KIV_API KivStatus kiviScanInv_16s_C1(const Kiv16s *pSrc, Kiv16s *pDst, Kiv32s indxLastNonZero, Kiv32s scan);
 /* ---- end section: block metrics ---- */
 
 /* ---- section: mpeg2 ---- */

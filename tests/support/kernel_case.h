@@ -38,7 +38,8 @@ public:
     }
     // Uniform in lo..hi inclusive.
     int range(int lo, int hi) {
-        return lo + static_cast<int>(next() % (static_cast<std::uint64_t>(static_cast<std::int64_t>(hi) - lo) + 1));
+        const std::uint64_t span = static_cast<std::uint64_t>(static_cast<std::int64_t>(hi) - lo) + 1;
+        return static_cast<int>(static_cast<std::int64_t>(lo) + static_cast<std::int64_t>(next() % span));
     }
     bool chance(int one_in) { return range(0, one_in - 1) == 0; }
 
@@ -93,25 +94,19 @@ public:
     Plane<T> in_plane(int w, int h, int lo, int hi, int left = 0, int top = 0, int right = 0, int bottom = 0) {
         return plane<T>(w, h, lo, hi, left, top, right, bottom, false);
     }
-    // An output rectangle of w x h elements, pre-filled at random. Every byte
-    // outside the block is a guard: it must stay as it was.
+    // An output rectangle of w x h elements, pre-filled with values in lo..hi
+    // (by default random bits of any element type). Every byte outside the
+    // block is a guard: it must stay as it was.
     template <class T>
     Plane<T> out_plane(int w, int h, int lo = 0, int hi = -1) {
-        if (hi < lo) {
-            lo = std::numeric_limits<T>::min();
-            hi = std::numeric_limits<T>::max();
-        }
         return plane<T>(w, h, lo, hi, 0, 0, 0, 0, true);
     }
-    // An output array of n elements with guards on both sides, pre-filled.
+    // An output array of n elements with guards on both sides, pre-filled as
+    // out_plane.
     template <class T>
     T* out_array(std::size_t n, int lo = 0, int hi = -1) {
-        if (hi < lo) {
-            lo = std::numeric_limits<T>::min();
-            hi = std::numeric_limits<T>::max();
-        }
         T* p = reinterpret_cast<T*>(allocate(n * sizeof(T), sizeof(T), true, int(n * sizeof(T)), 1, int(n * sizeof(T))));
-        for (std::size_t i = 0; i < n; ++i) p[i] = static_cast<T>(value(lo, hi));
+        for (std::size_t i = 0; i < n; ++i) p[i] = fill_value<T>(lo, hi);
         snapshot_output();
         return p;
     }
@@ -129,6 +124,15 @@ protected:
     std::uint8_t* allocate(std::size_t bytes, std::size_t align, bool output, int step, int rows, int row_bytes);
     template <class T>
     Plane<T> plane(int w, int h, int lo, int hi, int left, int top, int right, int bottom, bool output);
+    // value(lo, hi), or random bits of T when hi < lo.
+    template <class T>
+    T fill_value(int lo, int hi) {
+        if (hi >= lo) return static_cast<T>(value(lo, hi));
+        const std::uint64_t bits = rng.next();
+        T v;
+        std::memcpy(&v, &bits, sizeof(T));
+        return v;
+    }
     void snapshot_input() { buffers_.back()->initial = buffers_.back()->mem; }
     void snapshot_output() { buffers_.back()->initial = buffers_.back()->mem; }
 
@@ -236,7 +240,7 @@ Plane<T> ProbeBase::plane(int w, int h, int lo, int hi, int left, int top, int r
     const std::size_t bytes = std::size_t(rows - 1) * abs_step + std::size_t(cols) * sizeof(T);
     std::uint8_t* base = allocate(bytes, sizeof(T), output, abs_step, output ? h : 0, w * int(sizeof(T)));
     for (std::size_t i = 0; i + sizeof(T) <= bytes; i += sizeof(T)) {
-        T v = static_cast<T>(value(lo, hi));
+        T v = fill_value<T>(lo, hi);
         std::memcpy(base + i, &v, sizeof(T));
     }
     buffers_.back()->initial = buffers_.back()->mem;
