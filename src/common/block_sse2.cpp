@@ -3,45 +3,15 @@
 // averages widen to 16 bits, reusing each row's horizontal sum for the next.
 #include <emmintrin.h>
 
-#include <cstring>
 #include <utility>
 
 #include "common/block_kernels.h"
+#include "core/sse2_helpers.h"
 
 namespace kivvc::block {
 namespace {
 
-template <int W>
-__m128i load(const u8* p) {
-    if constexpr (W == 16) {
-        return _mm_loadu_si128(reinterpret_cast<const __m128i*>(p));
-    } else if constexpr (W == 8) {
-        return _mm_loadl_epi64(reinterpret_cast<const __m128i*>(p));
-    } else {
-        int v;
-        std::memcpy(&v, p, 4);
-        return _mm_cvtsi32_si128(v);
-    }
-}
-
-template <int W>
-void store(u8* p, __m128i v) {
-    if constexpr (W == 16) {
-        _mm_storeu_si128(reinterpret_cast<__m128i*>(p), v);
-    } else if constexpr (W == 8) {
-        _mm_storel_epi64(reinterpret_cast<__m128i*>(p), v);
-    } else {
-        const int x = _mm_cvtsi128_si32(v);
-        std::memcpy(p, &x, 4);
-    }
-}
-
-template <int Round>
-__m128i average2(__m128i a, __m128i b) {
-    const __m128i up = _mm_avg_epu8(a, b);
-    if constexpr (Round == 0) return up;
-    return _mm_sub_epi8(up, _mm_and_si128(_mm_xor_si128(a, b), _mm_set1_epi8(1)));
-}
+using namespace kivvc::sse2;
 
 // Horizontal pair sums of a row, widened: lo holds columns 0..7, hi 8..15.
 template <int W>

@@ -1,53 +1,15 @@
 // SSE2-level helpers of the metrics kernel files (include only from files
-// built with an x86 SIMD target flag); internal linkage, so each file keeps
-// its own copy.
+// built with an x86 SIMD target flag). Declared into the files' own unnamed
+// namespace, so that their wider overloads join the same overload sets.
 #pragma once
-#include <emmintrin.h>
-
-#include <cstring>
+#include "core/sse2_helpers.h"
 
 namespace kivvc::metrics {
 namespace {
-
-// Loads and stores of W bytes (4, 8 or 16).
-template <int W>
-inline __m128i load(const void* p) {
-    if constexpr (W == 16) {
-        return _mm_loadu_si128(static_cast<const __m128i*>(p));
-    } else if constexpr (W == 8) {
-        return _mm_loadl_epi64(static_cast<const __m128i*>(p));
-    } else {
-        int v;
-        std::memcpy(&v, p, 4);
-        return _mm_cvtsi32_si128(v);
-    }
-}
-template <int W>
-inline void store(void* p, __m128i v) {
-    if constexpr (W == 16) {
-        _mm_storeu_si128(static_cast<__m128i*>(p), v);
-    } else if constexpr (W == 8) {
-        _mm_storel_epi64(static_cast<__m128i*>(p), v);
-    } else {
-        const int x = _mm_cvtsi128_si32(v);
-        std::memcpy(p, &x, 4);
-    }
-}
-
-inline int sum_epi32(__m128i v) {
-    v = _mm_add_epi32(v, _mm_shuffle_epi32(v, _MM_SHUFFLE(1, 0, 3, 2)));
-    v = _mm_add_epi32(v, _mm_shuffle_epi32(v, _MM_SHUFFLE(2, 3, 0, 1)));
-    return _mm_cvtsi128_si32(v);
-}
-// The two 64-bit halves of a psadbw accumulator.
-inline int sum_halves(__m128i v) { return _mm_cvtsi128_si32(_mm_add_epi32(v, _mm_unpackhi_epi64(v, v))); }
-
-template <int Rc>
-inline __m128i average2(__m128i a, __m128i b) {
-    const __m128i up = _mm_avg_epu8(a, b);
-    if constexpr (Rc == 0) return up;
-    return _mm_sub_epi8(up, _mm_and_si128(_mm_xor_si128(a, b), _mm_set1_epi8(1)));
-}
-
+using kivvc::sse2::average2;
+using kivvc::sse2::load;
+using kivvc::sse2::store;
+using kivvc::sse2::sum_epi32;
+using kivvc::sse2::sum_halves;
 }  // namespace
 }  // namespace kivvc::metrics
