@@ -453,12 +453,289 @@ KIV_API KivStatus kiviFilterDeblocking8x8VerEdge_MPEG4_8u_C1IR(Kiv8u *pSrcDst, i
 /* ---- end section: h263 ---- */
 
 /* ---- section: vc1 ---- */
+
+/* ======================================================================== */
+/* VC-1: inverse transforms, overlap smoothing, interpolation, deblocking,  */
+/* inverse quantisation, range mapping                                      */
+/* ======================================================================== */
+/* Steps are in bytes, also for 16-bit blocks. Blocks are row-major, width x
+ * height (8x4: eight columns, four rows). */
+
+/* Inverse transforms: residual = second pass ((y + 64) >> 7, rows 4..7 of an
+ * 8-point column pass (y + 65) >> 7) of the first pass along the rows
+ * ((y + 4) >> 3). srcSizeNZ is the width and height of the top-left region
+ * outside which every coefficient is zero; coefficients outside it are not
+ * read. 8x8 and 4x4 use a DC-only form (width and height <= 1), a 2x2 form
+ * (<= 2) and, for 8x8, a 4x4 form (<= 4); 8x4 and 4x8 a DC-only form; every
+ * form equals the full transform. Our choice: the row results are saturated
+ * to 16 bits on every path, so that all forms give the same bits for any
+ * input; this never acts for coefficients within -2912..2912, and from such
+ * row results the outputs always fit in 16 bits (no clamping is needed).
+ * Status: NullPointer (pSrc, pDst). */
+KIV_API KivStatus kiviTransform8x8Inv_VC1_16s_C1R(const Kiv16s *pSrc, Kiv32s srcStep, Kiv16s *pDst, Kiv32s dstStep, KiviSize srcSizeNZ);
+/* As kiviTransform8x8Inv_VC1_16s_C1R, 8 wide, 4 high. */
+KIV_API KivStatus kiviTransform8x4Inv_VC1_16s_C1R(const Kiv16s *pSrc, Kiv32s srcStep, Kiv16s *pDst, Kiv32s dstStep, KiviSize srcSizeNZ);
+/* As kiviTransform8x8Inv_VC1_16s_C1R, 4 wide, 8 high. */
+KIV_API KivStatus kiviTransform4x8Inv_VC1_16s_C1R(const Kiv16s *pSrc, Kiv32s srcStep, Kiv16s *pDst, Kiv32s dstStep, KiviSize srcSizeNZ);
+/* As kiviTransform8x8Inv_VC1_16s_C1R, 4x4. */
+KIV_API KivStatus kiviTransform4x4Inv_VC1_16s_C1R(const Kiv16s *pSrc, Kiv32s srcStep, Kiv16s *pDst, Kiv32s dstStep, KiviSize srcSizeNZ);
+/* kiviTransform8x8Inv_VC1_16s_C1R in place. Status: NullPointer (pSrcDst). */
+KIV_API KivStatus kiviTransform8x8Inv_VC1_16s_C1IR(Kiv16s *pSrcDst, Kiv32s srcDstStep, KiviSize srcSizeNZ);
+/* kiviTransform8x4Inv_VC1_16s_C1R in place. Status: NullPointer (pSrcDst). */
+KIV_API KivStatus kiviTransform8x4Inv_VC1_16s_C1IR(Kiv16s *pSrcDst, Kiv32s srcDstStep, KiviSize srcSizeNZ);
+/* kiviTransform4x8Inv_VC1_16s_C1R in place. Status: NullPointer (pSrcDst). */
+KIV_API KivStatus kiviTransform4x8Inv_VC1_16s_C1IR(Kiv16s *pSrcDst, Kiv32s srcDstStep, KiviSize srcSizeNZ);
+/* kiviTransform4x4Inv_VC1_16s_C1R in place. Status: NullPointer (pSrcDst). */
+KIV_API KivStatus kiviTransform4x4Inv_VC1_16s_C1IR(Kiv16s *pSrcDst, Kiv32s srcDstStep, KiviSize srcSizeNZ);
+
+/* Overlap smoothing across a vertical block edge of 16 luma lines. pSrcLeft
+ * points at the second-last column of the left 16-bit block, pSrcRight at the
+ * first column of the right block, pDst at the picture sample of the right
+ * block's first column. Each line x0 x1 | x2 x3 becomes y0 = (7x0 + x3 + r0)
+ * >> 3, y1 = (-x0 + 7x1 + x2 + x3 + r1) >> 3, y2 = (x0 + x1 + 7x2 - x3 + r0)
+ * >> 3, y3 = (x0 + 7x3 + r1) >> 3, (r0, r1) = (4, 3) on even picture rows and
+ * (3, 4) on odd ones; y0..y3 go clamped to 0..255 into destination columns
+ * -2..1 and, kept to 16 bits, back into the two blocks. fieldMode: 0 both
+ * blocks frame-ordered (rows 0..7 smoothed when edgeFlags & 3, rows 8..15
+ * when edgeFlags & 12); 1 right block field-ordered, 2 left block
+ * field-ordered, 3 both (picture row 2k from block row k, row 2k + 1 from row
+ * 8 + k of a field-ordered block), all 16 rows whatever the non-zero flags.
+ * Statuses: NullPointer (pSrcLeft, pSrcRight, pDst); edgeFlags 0 or fieldMode
+ * outside 0..3: Ok with nothing changed. */
+KIV_API KivStatus kiviSmoothingLuma_VerEdge_VC1_16s8u_C1R(Kiv16s *pSrcLeft, Kiv32s srcLeftStep, Kiv16s *pSrcRight, Kiv32s srcRightStep, Kiv8u *pDst, Kiv32s dstStep, Kiv32s fieldMode, Kiv32u edgeFlags);
+/* Overlap smoothing across a horizontal luma edge, 16 columns: pSrcUpper at
+ * the upper block's second-last row, pSrcLower at the lower block's first
+ * row, pDst at the picture sample of the lower block's first row; outputs to
+ * destination rows -2..1, rounding pair by column parity, columns 0..7 when
+ * edgeFlags & 3, columns 8..15 when edgeFlags & 12. The blocks are only
+ * read. Status: NullPointer (pSrcUpper, pSrcLower, pDst). */
+KIV_API KivStatus kiviSmoothingLuma_HorEdge_VC1_16s8u_C1R(const Kiv16s *pSrcUpper, Kiv32s srcUpperStep, const Kiv16s *pSrcLower, Kiv32s srcLowerStep, Kiv8u *pDst, Kiv32s dstStep, Kiv8u edgeFlags);
+/* As the luma vertical edge in frame mode, 8 rows, always smoothed. */
+KIV_API KivStatus kiviSmoothingChroma_VerEdge_VC1_16s8u_C1R(Kiv16s *pSrcLeft, Kiv32s srcLeftStep, Kiv16s *pSrcRight, Kiv32s srcRightStep, Kiv8u *pDst, Kiv32s dstStep);
+/* As the luma horizontal edge, 8 columns, always smoothed. */
+KIV_API KivStatus kiviSmoothingChroma_HorEdge_VC1_16s8u_C1R(const Kiv16s *pSrcUpper, Kiv32s srcUpperStep, const Kiv16s *pSrcLower, Kiv32s srcLowerStep, Kiv8u *pDst, Kiv32s dstStep);
+
+/* Quarter-sample interpolation record (pointers are native, so the record is
+ * 48 bytes on this 64-bit build). */
+typedef struct {
+    const Kiv8u *pSrc;   /* integer sample at the block's top-left */
+    Kiv32s srcStep;
+    Kiv8u *pDst;
+    Kiv32s dstStep;
+    Kiv32s dx;           /* quarter-sample fractions 0..3 */
+    Kiv32s dy;
+    KiviSize roiSize;    /* block width, height */
+    Kiv32s roundControl; /* 0 or 1 */
+} KivInterpolate_8u;
+
+/* Bilinear prediction: ((4 - dx)(4 - dy)A + dx(4 - dy)B + (4 - dx)dy C + dx dy D
+ * + 8 - rc) >> 4 with A the sample, B right of it, C below, D below right.
+ * dx, dy are taken modulo 4, roundControl modulo 2. Size: width 16 is 16x16,
+ * width 8 is 8x8 with height 8 and 8x4 otherwise, any other width 4x4. Reads
+ * one column right of the block when dx != 0 and one row below it when
+ * dy != 0. Status: NullPointer (pParams, pSrc, pDst). */
+KIV_API KivStatus kiviInterpolateQPBilinear_VC1_8u_C1R(const KivInterpolate_8u *pParams);
+/* Bicubic prediction with the taps (-4, 53, 18, -3), (-1, 9, 9, -1),
+ * (-3, 18, 53, -4) for fractions 1, 2, 3: a vertical-only or horizontal-only
+ * pass shifts by 6 (4 for a half) with rounding (1 << (S - 1)) - 1 + rc
+ * (vertical) or (1 << (S - 1)) - rc (horizontal); with both fractions non-zero
+ * the vertical pass (shift 5, 3 or 1 for none, one or two halves) keeps
+ * 16-bit values over columns -1..width + 1 and the horizontal pass rounds
+ * with 64 - rc and shifts by 7; results clamped to 0..255. Reads one row
+ * above and two below the block when dy != 0, one column left and two right
+ * when dx != 0. dx, dy are taken modulo 4, roundControl modulo 2. Our choice
+ * for sizes without a dedicated kernel (8x8, 16x8 and 16x16 have one): any
+ * width and height in 1..16 is computed by the general formulas; anything
+ * else is refused. Statuses: NullPointer (pParams, pSrc, pDst); BadSize
+ * (width or height outside 1..16). */
+KIV_API KivStatus kiviInterpolateQPBicubic_VC1_8u_C1R(const KivInterpolate_8u *pParams);
+
+/* In-loop deblocking across a horizontal luma edge (the 16 lines are the
+ * columns; chroma edges have 8), in segments of 4
+ * lines; bit k of edgeDisableFlags leaves segment k alone. Line P1..P4 | P5..P8:
+ * the segment's third line is tested first (clip = (P4 - P5) / 2 non-zero,
+ * |a0| < pquant, min(|a1|, |a2|) < |a0|) and filtered (P4 -= d, P5 += d); only
+ * then are lines 0, 1 and 3 each tested and filtered. pSrcDst is the first
+ * sample of the row below a horizontal edge or of the column right of a
+ * vertical one; every line is read four samples deep on each side of the
+ * edge (those samples may be rewritten with their own values). pquant 0 or
+ * below filters nothing. Status: NullPointer. */
+KIV_API KivStatus kiviFilterDeblockingLuma_HorEdge_VC1_8u_C1IR(Kiv8u *pSrcDst, Kiv32s pquant, Kiv32s srcDstStep, Kiv32u edgeDisableFlags);
+/* As the luma horizontal edge, across a vertical luma edge of 16 rows. */
+KIV_API KivStatus kiviFilterDeblockingLuma_VerEdge_VC1_8u_C1IR(Kiv8u *pSrcDst, Kiv32s pquant, Kiv32s srcDstStep, Kiv32u edgeDisableFlags);
+/* As the luma horizontal edge, 8 columns (two segments, flag bits 0 and 1). */
+KIV_API KivStatus kiviFilterDeblockingChroma_HorEdge_VC1_8u_C1IR(Kiv8u *pSrcDst, Kiv32s pquant, Kiv32s srcDstStep, Kiv32u edgeDisableFlags);
+/* As the luma vertical edge, 8 rows (two segments, flag bits 0 and 1). */
+KIV_API KivStatus kiviFilterDeblockingChroma_VerEdge_VC1_8u_C1IR(Kiv8u *pSrcDst, Kiv32s pquant, Kiv32s srcDstStep, Kiv32u edgeDisableFlags);
+
+/* Inverse quantisation of an intra 8x8 block in place: every coefficient but
+ * the DC becomes c * doubleQuant (uniform) or c * doubleQuant + sign(c) *
+ * (doubleQuant >> 1) (non-uniform), kept to 16 bits. *pDstSizeNZ receives
+ * 1 + the last column and 1 + the last row holding a non-zero coefficient
+ * afterwards, the DC always counting (so at least 1 x 1). Status: NullPointer
+ * (pSrcDst, then pDstSizeNZ). */
+KIV_API KivStatus kiviQuantInvIntraUniform_VC1_16s_C1IR(Kiv16s *pSrcDst, Kiv32s srcDstStep, Kiv32s doubleQuant, KiviSize *pDstSizeNZ);
+/* The non-uniform form of kiviQuantInvIntraUniform_VC1_16s_C1IR. */
+KIV_API KivStatus kiviQuantInvIntraNonuniform_VC1_16s_C1IR(Kiv16s *pSrcDst, Kiv32s srcDstStep, Kiv32s doubleQuant, KiviSize *pDstSizeNZ);
+/* As the intra functions for an inter block of roiSize (8x8, 8x4, 4x8 or
+ * 4x4), the first coefficient included; an all-zero block reports 0 x 0. Our
+ * choice for other sizes: a width of 8 or more means 8 columns, anything
+ * smaller 4; the height likewise. Status: NullPointer (pSrcDst, then
+ * pDstSizeNZ). */
+KIV_API KivStatus kiviQuantInvInterUniform_VC1_16s_C1IR(Kiv16s *pSrcDst, Kiv32s srcDstStep, Kiv32s doubleQuant, KiviSize roiSize, KiviSize *pDstSizeNZ);
+/* The non-uniform form of kiviQuantInvInterUniform_VC1_16s_C1IR. */
+KIV_API KivStatus kiviQuantInvInterNonuniform_VC1_16s_C1IR(Kiv16s *pSrcDst, Kiv32s srcDstStep, Kiv32s doubleQuant, KiviSize roiSize, KiviSize *pDstSizeNZ);
+
+/* Range mapping: dst = clamp((((src - 128) * (rangeMapValue + 9) + 4) >> 3)
+ * + 128) to 0..255 over width x height. Statuses: NullPointer (pSrc, pDst);
+ * OutOfRange (rangeMapValue outside 0..7); Ok with nothing written for a
+ * height or width below 1. */
+KIV_API KivStatus kiviRangeMapping_VC1_8u_C1R(const Kiv8u *pSrc, Kiv32s srcStep, Kiv8u *pDst, Kiv32s dstStep, Kiv32s width, Kiv32s height, Kiv32s rangeMapValue);
+
 /* ---- end section: vc1 ---- */
 
 /* ---- section: dv ---- */
+
+/* ======================================================================== */
+/* DV: segment decoding, inverse quantisation, 2-4-8 to 4x4 reduction       */
+/* ======================================================================== */
+/* A video segment is five compressed macroblocks of 80 bytes (400 bytes).
+ * Byte 3 of a macroblock holds STA (high four bits) and QNO (low four); its
+ * block areas follow from byte 4: 14, 14, 14, 14, 10, 10 bytes (DV, 6 blocks)
+ * or 10, 10, 10, 10, 10, 10, 8, 8 bytes (DV100, 8 blocks). An area starts
+ * with DC (9 bits, two's complement), the DCT mode (1 bit) and the class
+ * (2 bits); the AC codes follow.
+ *
+ * Output of the segment decoders: blocks of 64 Kiv16s in raster order, one
+ * after the other in stream order (30 for DV, 40 for DV100), element 0 =
+ * DC * 128, every decoded AC coefficient = amplitude * 64; no other element
+ * is written, so clear the blocks first. One parameter word per block: bits
+ * 23..16 the STA/QNO byte, bits 15..0 the area's first two bytes (DC in
+ * 15..7, DCT mode in 6, class in 5..4), bits 31..24 zero. Zigzag tables: two
+ * arrays of 64 Kiv32u (scan index to raster position), the first for DCT
+ * mode 0 and the second, 64 entries on, for mode 1; DV100 always uses the
+ * first; only the low six bits of an entry are used. The lookup table is one
+ * built by kiviInitAllocHuffmanTable_DV_32u with 9 index bits on both
+ * levels. The decoders read the 400 bytes of the segment and nothing else,
+ * whatever the bytes hold.
+ *
+ * The complete DV code as the builder's two source tables ships with the
+ * library sources as the C header dv/dv_vlc_source.h (kivDvCodeFirstLevel,
+ * kivDvCodeSecondLevel); a code of amplitude 0 and run r there stands for
+ * r + 1 zero coefficients. */
+
+/* Builds the two-level lookup table from two source tables (each: N, two
+ * unused words, then for code lengths L = 1..N a count and that many (code,
+ * run, amplitude) triples). The table holds 2^N1 first-level entries, then
+ * 2^N2 second-level entries, each 32 bits: byte 0 the code length (plus 4 on
+ * the second level; 0xFF where no code lies), byte 1 the run, bytes 2..3 the
+ * amplitude (its low 10 bits, two's complement) times 64. A later code
+ * overwrites an earlier one where they overlap; only the low L bits of a code
+ * are used. Allocated with kivsMalloc_8s; release it with
+ * kiviFreeHuffmanTable_DV_32u. Statuses: NullPointer (pSrcTable1,
+ * pSrcTable2, ppHuffTable); NoMemory when the allocation fails or (our
+ * choice) N1 or N2 lies outside 0..24, with *ppHuffTable set to null. */
+KIV_API KivStatus kiviInitAllocHuffmanTable_DV_32u(const Kiv32s *pSrcTable1, const Kiv32s *pSrcTable2, Kiv32u **ppHuffTable);
+/* Releases a table from kiviInitAllocHuffmanTable_DV_32u through kiviFree.
+ * Status: NullPointer (pHuffTable). */
+KIV_API KivStatus kiviFreeHuffmanTable_DV_32u(Kiv32u *pHuffTable);
+/* Decodes a DV segment into 30 blocks and 30 parameter words. A block whose
+ * codes do not fit its area continues in the bits left after the end of
+ * block of the other blocks of its macroblock (in block order), then in those
+ * left over in the whole segment (macroblock order); bit runs are linked, not
+ * copied. A code with no table entry is a bitstream error. Our choices for
+ * the last pass: a block that passes 63 coefficients there ends the call with
+ * BadBitstreamCode, as in the first two passes; when the leftover bits run
+ * out before every block is complete the call ends with kivStsOk, the
+ * unfinished blocks keeping what they decoded. Statuses: NullPointer
+ * (pStream, pBlock, pBlockParam, pZigzagTables, pHuffTable);
+ * BadBitstreamCode (-191) when a block passes 63 coefficients or meets a
+ * code with no entry; the blocks and parameter words written until then
+ * stay. */
+KIV_API KivStatus kiviHuffmanDecodeSegment_DV_8u16s(const Kiv8u *pStream, const Kiv32u *pZigzagTables, const Kiv32u *pHuffTable, Kiv16s *pBlock, Kiv32u *pBlockParam);
+/* As kiviHuffmanDecodeSegment_DV_8u16s for DV100: 40 blocks, 8 per
+ * macroblock, always the first zigzag table. */
+KIV_API KivStatus kiviHuffmanDecodeSegment_DV100_8u16s(const Kiv8u *pStream, const Kiv32u *pZigzagTables, const Kiv32u *pHuffTable, Kiv16s *pBlock, Kiv32u *pBlockParam);
+/* Fast reduced decoding of a DV segment: every block writes its parameter
+ * word and DC, then decodes codes within its own area only while its scan
+ * position k (1 after the DC, advanced by each code's run and coefficient)
+ * is below nCoeffLimit, stopping at the end of block, at a code the area
+ * cannot complete, when fewer than 3 bits remain, or at a code that would
+ * pass position 63 (that code is not stored). nCoeffLimit <= 1 decodes DC
+ * values only. Statuses: NullPointer (as the three-pass form); never an
+ * error otherwise. */
+KIV_API KivStatus kiviHuffmanDecodeSegmentOnePass_DV_8u16s(const Kiv8u *pStream, const Kiv32u *pZigzagTables, const Kiv32u *pHuffTable, Kiv16s *pBlock, Kiv32u *pBlockParam, Kiv32s nCoeffLimit);
+/* As kiviHuffmanDecodeSegmentOnePass_DV_8u16s for DV100. */
+KIV_API KivStatus kiviHuffmanDecodeSegmentOnePass_DV100_8u16s(const Kiv8u *pStream, const Kiv32u *pZigzagTables, const Kiv32u *pHuffTable, Kiv16s *pBlock, Kiv32u *pBlockParam, Kiv32s nCoeffLimit);
+/* c = ((c * t) >> 16) << 2 for each of the 64 coefficients in place, the
+ * product in 32 bits, the result kept to its low 16 bits. Status: NullPointer
+ * (pSrcDst, pDequantTable). */
+KIV_API KivStatus kiviQuantInv_DV_16s_C1I(Kiv16s *pSrcDst, const Kiv16s *pDequantTable);
+/* c = ((c >> 3) * a * b) >> 16 for each of the 64 coefficients in place,
+ * a and b the entries of the two tables, the product formed modulo 2^32 (it
+ * wraps for large operands) and shifted arithmetically, the result kept to
+ * its low 16 bits. Status: NullPointer (pSrcDst, pWeightTable1,
+ * pWeightTable2). */
+KIV_API KivStatus kiviQuantWeightBlockInv_DV_16s_C1I(Kiv16s *pSrcDst, const Kiv16s *pWeightTable1, const Kiv16s *pWeightTable2);
+/* c[0] = (c[0] * w[0]) >> 16 and c[i] = ((c[i] * w[i]) >> 16) * quantStep
+ * for i = 1..63, in place, each kept to its low 16 bits. Status: NullPointer
+ * (pSrcDst, pWeightTable). */
+KIV_API KivStatus kiviQuantWeightBlockInv_DV100_16s_C1I(Kiv16s *pSrcDst, const Kiv16s *pWeightTable, Kiv16s quantStep);
+/* Runs kiviDCT2x4x8Inv_16s_C1I over the block in place, then writes the 4x4
+ * block of 2x2 means to its first 16 elements: element 4r + c = the sum of
+ * the samples at lines 2r, 2r + 1 and columns 2c, 2c + 1 divided by 4,
+ * truncated toward zero. Elements 16..63 keep the inverse transform's
+ * samples. Status: NullPointer (pSrcDst). */
+KIV_API KivStatus kiviDCT8x4x2To4x4Inv_DV_16s_C1I(Kiv16s *pSrcDst);
 /* ---- end section: dv ---- */
 
 /* ---- section: prepost ---- */
+
+/* ======================================================================== */
+/* Pre- and post-processing: deinterlacing, inverse 2-4-8 DCT               */
+/* ======================================================================== */
+/* Deinterlacing works on one 8-bit plane; steps are signed byte counts and
+ * are not validated. Source and destination may be the same plane. */
+
+/* Median deinterlacing with a threshold. One field is kept: with fieldNum 1
+ * lines 0, 2, 4, ... (height / 2 lines), with any other value lines 1, 3, 5,
+ * ...; with bCopyBorder non-zero lines 0 and height - 1 are copied as well.
+ * Each line r of the other field (from 2 instead of 0 with the border flag,
+ * and below height - 1 with it) becomes, sample by sample, m = the median of
+ * source lines r - 1, r and r + 1, or its own sample c when |m - c| <
+ * threshold (threshold <= 0 always takes m, threshold > 255 always keeps c).
+ * The one line no rule writes (the last line of an odd height with fieldNum
+ * 1 and no border flag) keeps its contents. Look-ahead: without the border flag line -1 or line height may be
+ * read, and must be readable. Statuses: NullPointer (pSrc, pDst), BadSize
+ * (width < 1 or height < 2). */
+KIV_API KivStatus kiviDeinterlaceMedianThreshold_8u_C1R(const Kiv8u *pSrc, Kiv32s srcStep, Kiv8u *pDst, Kiv32s dstStep, Kiv32s width, Kiv32s height, Kiv32s threshold, Kiv32s fieldNum, Kiv32s bCopyBorder);
+/* Edge-directed deinterlacing. With f = (fieldNum != 0), output line r is
+ * built from the upper line U = source line r + f - 1 and the lower line L =
+ * source line r + f: columns 0 and width - 1 copy the line the output lies on
+ * (L for f = 0, U for f = 1); every other column x takes the rounding-up
+ * average along the direction of smallest difference among the diagonal
+ * U(x - 1)/L(x + 1), the diagonal U(x + 1)/L(x - 1) and the vertical
+ * U(x)/L(x); a diagonal wins only when strictly below the vertical, and of two
+ * equal diagonals the second is taken. Without bCopyBorder lines 0..height - 1
+ * are computed, reading source line -1 (f = 0) or line height (f = 1), which
+ * must be readable; with it, source line 0 (f = 0) or height - 1 (f = 1) is
+ * copied and only the lines that need no outside line are computed. Source
+ * and destination must not be the same plane. Statuses: NullPointer (pSrc,
+ * pDst), BadSize (width or height < 1). */
+KIV_API KivStatus kiviDeinterlaceEdgeDetect_8u_C1R(const Kiv8u *pSrc, Kiv32s srcStep, Kiv8u *pDst, Kiv32s dstStep, Kiv32s width, Kiv32s height, Kiv32s fieldNum, Kiv32s bCopyBorder);
+/* Inverse 2-4-8 DCT in place on 64 coefficients in raster order: rows 0..3
+ * hold the 4x8 transform of the sums of line pairs (2z, 2z + 1), rows 4..7
+ * that of their differences (v vertical, h horizontal frequency). Output
+ * sample (line 2z + i, column x) =
+ *   sum over v = 0..3, h = 0..7 of C(v) C(h) / 4 * (X[v][h] +/- X[v + 4][h])
+ *   * cos(pi v (2z + 1) / 8) * cos(pi h (2x + 1) / 16),
+ * plus for even lines (i = 0), minus for odd lines, C(0) = 1/sqrt(2), else 1.
+ * Arithmetic (our choice): cosines as integers scaled by 2^20, both passes in
+ * 64-bit integers without intermediate rounding, the result rounded to
+ * nearest with halves upward ((sum + 2^39) >> 40) and saturated to 16 bits;
+ * every sample is within 1 of the exact value for any input. Status:
+ * NullPointer (pSrcDst). */
+KIV_API KivStatus kiviDCT2x4x8Inv_16s_C1I(Kiv16s *pSrcDst);
 /* ---- end section: prepost ---- */
 
 #ifdef __cplusplus
