@@ -619,9 +619,9 @@ KIV_API KivStatus kiviRangeMapping_VC1_8u_C1R(const Kiv8u *pSrc, Kiv32s srcStep,
  * levels. The decoders read the 400 bytes of the segment and nothing else,
  * whatever the bytes hold.
  *
- * The complete DV code as the builder's two source tables ships with the
- * library sources as the C header dv/dv_vlc_source.h (kivDvCodeFirstLevel,
- * kivDvCodeSecondLevel); a code of amplitude 0 and run r there stands for
+ * The complete DV code as the builder's two source tables ships as the C99
+ * header dv_vlc_source.h (src/dv/ in the sources, installed into
+ * share/kivvc/): kivDvCodeFirstLevel and kivDvCodeSecondLevel; a code of amplitude 0 and run r there stands for
  * r + 1 zero coefficients. */
 
 /* Builds the two-level lookup table from two source tables (each: N, two
