@@ -5,6 +5,7 @@
 
 #include <cstdint>
 
+#include "core/sse2_helpers.h"
 #include "mpeg4/postfilter_kernels.h"
 
 namespace kivvc::postfilter {
@@ -85,25 +86,6 @@ void filter(__m128i* s, int qp, int thr1, int thr2) {
     }
 }
 
-inline void transpose8x8(__m128i* r) {
-    const __m128i a0 = _mm_unpacklo_epi16(r[0], r[1]), a1 = _mm_unpackhi_epi16(r[0], r[1]);
-    const __m128i a2 = _mm_unpacklo_epi16(r[2], r[3]), a3 = _mm_unpackhi_epi16(r[2], r[3]);
-    const __m128i a4 = _mm_unpacklo_epi16(r[4], r[5]), a5 = _mm_unpackhi_epi16(r[4], r[5]);
-    const __m128i a6 = _mm_unpacklo_epi16(r[6], r[7]), a7 = _mm_unpackhi_epi16(r[6], r[7]);
-    const __m128i b0 = _mm_unpacklo_epi32(a0, a2), b1 = _mm_unpackhi_epi32(a0, a2);
-    const __m128i b2 = _mm_unpacklo_epi32(a1, a3), b3 = _mm_unpackhi_epi32(a1, a3);
-    const __m128i b4 = _mm_unpacklo_epi32(a4, a6), b5 = _mm_unpackhi_epi32(a4, a6);
-    const __m128i b6 = _mm_unpacklo_epi32(a5, a7), b7 = _mm_unpackhi_epi32(a5, a7);
-    r[0] = _mm_unpacklo_epi64(b0, b4);
-    r[1] = _mm_unpackhi_epi64(b0, b4);
-    r[2] = _mm_unpacklo_epi64(b1, b5);
-    r[3] = _mm_unpackhi_epi64(b1, b5);
-    r[4] = _mm_unpacklo_epi64(b2, b6);
-    r[5] = _mm_unpackhi_epi64(b2, b6);
-    r[6] = _mm_unpacklo_epi64(b3, b7);
-    r[7] = _mm_unpackhi_epi64(b3, b7);
-}
-
 inline __m128i load8(const u8* p) { return widen(_mm_loadl_epi64(reinterpret_cast<const __m128i*>(p))); }
 inline void store8(u8* p, __m128i v) { _mm_storel_epi64(reinterpret_cast<__m128i*>(p), _mm_packus_epi16(v, v)); }
 
@@ -121,12 +103,12 @@ void vertical_edge(u8* p, int step, int qp, int thr1, int thr2) {
         a[r] = load8(row - 5);  // s0..s7
         b[r] = load8(row - 3);  // s2..s9
     }
-    transpose8x8(a);
-    transpose8x8(b);
+    kivvc::sse2::transpose8x8_epi16(a);
+    kivvc::sse2::transpose8x8_epi16(b);
     __m128i s[10] = {a[0], a[1], a[2], a[3], a[4], a[5], a[6], a[7], b[6], b[7]};
     filter(s, qp, thr1, thr2);
     __m128i out[8] = {s[1], s[2], s[3], s[4], s[5], s[6], s[7], s[8]};
-    transpose8x8(out);
+    kivvc::sse2::transpose8x8_epi16(out);
     for (int r = 0; r < 8; ++r) store8(p + std::ptrdiff_t(r) * step - 4, out[r]);
 }
 
