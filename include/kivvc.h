@@ -347,6 +347,194 @@ KIV_API KivStatus kiviScanInv_16s_C1(const Kiv16s *pSrc, Kiv16s *pDst, Kiv32s in
 /* ---- end section: mpeg2 ---- */
 
 /* ---- section: h264 residual ---- */
+/* ---- CAVLC coefficient decoding ----
+ * Word cursor, reading (offset = index 31..0 of the next unread bit). Code
+ * tables are built by kiviHuffmanTableInitAlloc_32s; every table value is
+ * (value << 8) | bits to give back. coeff_token values are TrailingOnes +
+ * (TotalCoeff << 8); total_zeros tables are indexed by TotalCoeff (entry 0
+ * unused), run_before tables by zerosLeft (1..14; entries above 6 all point to
+ * the zerosLeft > 6 table).
+ *
+ * Packed coefficients: a block with TotalCoeff > 0 zeroes the next N elements
+ * of *ppPosCoefbuf (16 for 4x4, 4 for 4:2:0 chroma DC, 8 for 4:2:2 chroma
+ * DC), stores its levels at their raster positions and advances the pointer
+ * by N; a block with TotalCoeff = 0 writes only *pNumCoeff.
+ *
+ * Look-ahead: every decoder reads at most the 32-bit word after the one that
+ * holds the last bit it consumed (the 4:2:0 16-bit decoder and the table
+ * lookups may peek past a short code, but never further than that word).
+ *
+ * Corrupt streams (our bounds; each returns kivStsBadVlcCode): a coeff_token
+ * value with TotalCoeff above the block's coefficient count, TrailingOnes
+ * above 3 or above TotalCoeff; a level_prefix above 26 (26 is the longest
+ * escape, with 23 suffix bits); total_zeros + TotalCoeff above the block's
+ * coefficient count; run_before above zerosLeft, except in
+ * kiviDecodeCAVLCCoeffs_H264_1u16s, which keeps zerosLeft unchanged then.
+ * Positions therefore stay inside the block and the scan table, and one block
+ * never consumes more than 1000 bits.
+ *
+ * Cursor after an error: kiviDecodeCAVLCCoeffs_H264_1u16s leaves it exactly
+ * as at the call for every error. The other decoders restore it for an
+ * invalid coeff_token (also one with an impossible value); for an invalid
+ * total_zeros or run_before code they leave it after the bits of the lookups
+ * (before the give-back); for a too-long level_prefix at the start of that
+ * level_prefix; for total_zeros or run_before out of range after that code.
+ * In every case *pNumCoeff may already be written and the block zeroed or
+ * partly filled; the coefficient pointer is not advanced. A null table met
+ * during decoding gives kivStsNullPointer with the cursor past the bits read
+ * so far (the 16-bit 4x4 decoder: unchanged). Levels: escape levelCodes are
+ * reduced to 16 bits before the level is formed, except in
+ * kiviDecodeCAVLCCoeffs_H264_1u16s, which forms the level from the whole
+ * levelCode and stores its low 16 bits; magnitudes are compared to the
+ * suffixLength thresholds as their low 16 bits. */
+
+/* Decodes one 4x4 block (maxCoeff 16, or 15 for Intra16x16 AC and chroma AC,
+ * whose coefficients start at scan position 1) into 16-bit levels. nC selects
+ * the coeff_token table: ppTblCoeffToken[0] for 0..1, [1] for 2..3, [2] for
+ * 4..7; 8 and above read the 6-bit fixed-length code. pScanMatrix gives the
+ * raster index of each of the 16 scan positions. Statuses: NullPointer
+ * (ppBitStream, pOffset, ppPosCoefbuf, pNumCoeff, ppTblCoeffToken,
+ * ppTblTotalZeros, ppTblRunBefore, pScanMatrix, *ppBitStream, *ppPosCoefbuf),
+ * OutOfRange (maxCoeff not 16 or 15, then nC < 0), BadVlcCode. */
+KIV_API KivStatus kiviDecodeCAVLCCoeffs_H264_1u16s(Kiv32u **ppBitStream, Kiv32s *pOffset, Kiv16s *pNumCoeff, Kiv16s **ppPosCoefbuf, Kiv32s nC, Kiv16s maxCoeff, const Kiv32s **ppTblCoeffToken, const Kiv32s **ppTblTotalZeros, const Kiv32s **ppTblRunBefore, const Kiv32s *pScanMatrix);
+/* As kiviDecodeCAVLCCoeffs_H264_1u16s with 32-bit levels; the cursor after
+ * errors as described above; a null table entry met while decoding gives
+ * NullPointer. */
+KIV_API KivStatus kiviDecodeCAVLCCoeffs_H264_1u32s(Kiv32u **ppBitStream, Kiv32s *pOffset, Kiv16s *pNumCoeff, Kiv32s **ppPosCoefbuf, Kiv32s nC, Kiv16s maxCoeff, const Kiv32s **ppTblCoeffToken, const Kiv32s **ppTblTotalZeros, const Kiv32s **ppTblRunBefore, const Kiv32s *pScanMatrix);
+/* Decodes one 4:2:0 chroma DC block (2x2, raster = scan order). A leading 1
+ * bit (TotalCoeff 1, TrailingOnes 1) and a leading 01 (TotalCoeff 0) are
+ * decoded without the tables. Statuses: NullPointer (ppBitStream, pOffset,
+ * pNumCoeff, *ppBitStream; then with a leading 1 ppPosCoefbuf and
+ * *ppPosCoefbuf; with 01 nothing more; otherwise ppPosCoefbuf,
+ * pTblCoeffToken, ppTblTotalZeros, ppTblRunBefore, *ppPosCoefbuf),
+ * BadVlcCode. */
+KIV_API KivStatus kiviDecodeCAVLCChromaDcCoeffs_H264_1u16s(Kiv32u **ppBitStream, Kiv32s *pOffset, Kiv16s *pNumCoeff, Kiv16s **ppPosCoefbuf, const Kiv32s *pTblCoeffToken, const Kiv32s **ppTblTotalZeros, const Kiv32s **ppTblRunBefore);
+/* As kiviDecodeCAVLCChromaDcCoeffs_H264_1u16s with 32-bit levels and always
+ * through the tables. Statuses: NullPointer (all seven pointers,
+ * *ppPosCoefbuf, then *ppBitStream), BadVlcCode. */
+KIV_API KivStatus kiviDecodeCAVLCChromaDcCoeffs_H264_1u32s(Kiv32u **ppBitStream, Kiv32s *pOffset, Kiv16s *pNumCoeff, Kiv32s **ppPosCoefbuf, const Kiv32s *pTblCoeffToken, const Kiv32s **ppTblTotalZeros, const Kiv32s **ppTblRunBefore);
+/* Decodes one 4:2:2 chroma DC block (2 wide, 4 high); scan position k goes
+ * to raster index {0, 2, 1, 4, 6, 3, 5, 7}[k]. Statuses: NullPointer (all
+ * seven pointers, then *ppBitStream, *ppPosCoefbuf), BadVlcCode. */
+KIV_API KivStatus kiviDecodeCAVLCChroma422DcCoeffs_H264_1u16s(Kiv32u **ppBitStream, Kiv32s *pOffset, Kiv16s *pNumCoeff, Kiv16s **ppPosCoefbuf, const Kiv32s *pTblCoeffToken, const Kiv32s **ppTblTotalZeros, const Kiv32s **ppTblRunBefore);
+/* As kiviDecodeCAVLCChroma422DcCoeffs_H264_1u16s with 32-bit levels. */
+KIV_API KivStatus kiviDecodeCAVLCChroma422DcCoeffs_H264_1u32s(Kiv32u **ppBitStream, Kiv32s *pOffset, Kiv16s *pNumCoeff, Kiv32s **ppPosCoefbuf, const Kiv32s *pTblCoeffToken, const Kiv32s **ppTblTotalZeros, const Kiv32s **ppTblRunBefore);
+/* Decodes one Exp-Golomb code: ue(v) when isSigned is 0, else se(v)
+ * (codeNum odd: (codeNum + 1) / 2, even: -codeNum / 2), stored as 16 bits.
+ * Reads up to 63 bits (a 31-zero prefix) across up to three words, and no
+ * word beyond the one holding its last bit plus one. Statuses: NullPointer
+ * (ppBitStream, pOffset, pDst, *ppBitStream), BadArgument (*pOffset outside
+ * 0..31), BadVlcCode (32 zero bits from the cursor: no code; nothing is
+ * written and the cursor stays). */
+KIV_API KivStatus kiviDecodeExpGolombOne_H264_1u16s(Kiv32u **ppBitStream, Kiv32s *pOffset, Kiv16s *pDst, Kiv8u isSigned);
+
+/* ---- Dequantisation and inverse transforms ----
+ * Blocks are raster order; steps are bytes. Position classes of a 4x4 block:
+ * 0 where row and column are both even, 1 where both are odd, 2 otherwise.
+ * Overflow: conforming streams never reach it; outside that range the 16-bit
+ * members wrap every stored value to 16 bits (the flat add function saturates
+ * its butterflies instead) and the 32-bit members wrap at 32 bits, so every
+ * input has one defined result on every processor. */
+
+/* Flat 4x4 dequantisation and inverse transform in place (8-bit pictures).
+ * DC = *pDC when given, else c0 * InvQuant(QP, class 0) to 16 bits; with AC
+ * set, every other coefficient is multiplied by InvQuant(QP, class) (to 16
+ * bits), the inverse core transform runs with 16-bit passes and each value
+ * becomes (x + 32) >> 6; without AC all 16 become (DC + 32) >> 6. step is the
+ * byte distance between the block's rows. Statuses: NullPointer (pSrcDst),
+ * OutOfRange (QP outside 0..51), BadStep (step < 8). */
+KIV_API KivStatus kiviDequantTransformResidual_H264_16s_C1I(Kiv16s *pSrcDst, Kiv32s step, const Kiv16s *pDC, Kiv32u AC, Kiv32s QP);
+/* As kiviDequantTransformResidual_H264_16s_C1I on 16 contiguous coefficients,
+ * then pDst = clamp(pPred + residual) to 0..255. Products are the low 16 bits
+ * of 16 x 16-bit multiplications, every butterfly addition and the rounding
+ * term saturate to 16 bits. With AC set the residual is written back into
+ * pSrcDst; without it pSrcDst is not written (and is not read when pDC is
+ * given, so it may be null then) and every residual is (DC + 32) >> 6 with
+ * the addition saturated. Statuses: NullPointer (pPred, pDst), OutOfRange (QP
+ * outside 0..51), NullPointer (pSrcDst null while pDC is null or AC is set). */
+KIV_API KivStatus kiviDequantTransformResidualAndAdd_H264_16s_C1I(const Kiv8u *pPred, Kiv16s *pSrcDst, const Kiv16s *pDC, Kiv8u *pDst, Kiv32s PredStep, Kiv32s DstStep, Kiv32s QP, Kiv32u AC);
+/* Intra16x16 luma DC block (16 values): f = H x c x H (4x4 Hadamard), f to
+ * 16 bits, times s = the flat luma DC scale of QP; the result is
+ * (f*s + 2) >> 2 for QP < 6, (f*s + 1) >> 1 for QP 6..11, f*s from QP 12 on,
+ * stored to 16 bits. Statuses: NullPointer, OutOfRange (QP outside 0..51). */
+KIV_API KivStatus kiviTransformDequantLumaDC_H264_16s_C1I(Kiv16s *pSrcDst, Kiv32s QP);
+/* 4:2:0 chroma DC (2x2): the 2x2 Hadamard, each value to 16 bits, times
+ * InvQuant(QP, class 0), >> 1, stored to 16 bits. QP is the chroma QP.
+ * Statuses: NullPointer, OutOfRange (QP outside 0..51). */
+KIV_API KivStatus kiviTransformDequantChromaDC_H264_16s_C1I(Kiv16s *pSrcDst, Kiv32s QP);
+/* The forward core transform (rows, then columns; no scaling) of a 4x4
+ * prediction block into 16 raster-order values. Statuses: NullPointer (pSrc,
+ * pDst), BadStep (step < 1). */
+KIV_API KivStatus kiviTransformPrediction_H264_8u16s_C1(const Kiv8u *pSrc, Kiv32s step, Kiv16s *pDst);
+/* SP/SI reconstruction of one 4x4 block: the levels in pSrcDst are
+ * dequantised with QS when Switch is set (else QP), added to the transformed
+ * prediction pPredictBlock in the transform domain, requantised and
+ * dequantised with QS, inverse transformed (16-bit passes) and the samples,
+ * (x + 32) >> 6 clamped to 0..255, replace the levels. pDC, when given, is
+ * the block's final DC and is not requantised; without AC the AC positions
+ * take the prediction alone. Statuses: NullPointer (pSrcDst, pPredictBlock).
+ * QP and QS are not range-tested; they must lie in 0..51 (values outside are
+ * taken as the nearest bound, so that no table is read outside). */
+KIV_API KivStatus kiviDequantTransformResidual_SISP_H264_16s_C1I(Kiv16s *pSrcDst, const Kiv16s *pPredictBlock, const Kiv16s *pDC, Kiv32u AC, Kiv32u qp, Kiv32s qs, Kiv32u Switch);
+/* SP/SI 4:2:0 chroma DC: the four DC levels in pSrcDst become the dequantised
+ * DC values to pass as pDC to kiviDequantTransformResidual_SISP_H264_16s_C1I;
+ * pDCPredict holds the DC values of the four transformed chroma prediction
+ * blocks. Statuses: NullPointer (pSrcDst, pDCPredict). QP and QS as above. */
+KIV_API KivStatus kiviTransformDequantChromaDC_SISP_H264_16s_C1I(Kiv16s *pSrcDst, const Kiv16s *pDCPredict, Kiv32s qp, Kiv32s qs, Kiv32u Switch);
+
+/* Scaling-list members. A level-scale pointer holds the values for the
+ * current QP % 6 (weight x normAdjust) in raster order; null selects the flat
+ * default 16 x normAdjust4x4(QP % 6) where allowed. The _32s members serve
+ * 9- to 14-bit pictures with QP raised by 6 x (bit depth - 8). */
+
+/* Scaling-list 4x4 dequantisation, inverse transform and add, 8-bit samples.
+ * With AC set: c = (c*ls + 2^(3-q)) >> (4-q) for QP < 24, (c*ls) << (q-4)
+ * from QP 24 on (q = QP / 6, each to 16 bits), *pDC replacing c0 when given;
+ * the 16-bit inverse transform and (x + 32) >> 6 give the residual, which is
+ * written back into pSrcDst; pDst = clamp(pPred + residual) to 0..255.
+ * Without AC the residual of all samples is (DC + 32) >> 6 and pSrcDst is not
+ * written. Statuses: NullPointer (pPred, pDst, pSrcDst), OutOfRange (QP
+ * outside 0..51). */
+KIV_API KivStatus kiviTransformQuantInvAddPred4x4_H264_16s_C1IR(const Kiv8u *pPred, Kiv32s predStep, Kiv16s *pSrcDst, const Kiv16s *pDC, Kiv8u *pDst, Kiv32s dstStep, Kiv32s QP, Kiv32u AC, const Kiv16s *pScaleLevels);
+/* As kiviTransformQuantInvAddPred4x4_H264_16s_C1IR with 32-bit coefficients
+ * and arithmetic, samples clamped to 0..(1 << bitDepth) - 1. Statuses:
+ * NullPointer (pPred, pSrcDst, pDst), OutOfRange (QP outside 0..87 or
+ * bitDepth outside 9..14). */
+KIV_API KivStatus kiviTransformQuantInvAddPred4x4_H264_32s_C1IR(const Kiv16u *pPred, Kiv32s predStep, Kiv32s *pSrcDst, const Kiv32s *pDC, Kiv16u *pDst, Kiv32s dstStep, Kiv32s QP, Kiv32u AC, Kiv32s bitDepth, const Kiv16s *pScaleLevels);
+/* Scaling-list luma DC (16 values): f = H x c x H at 32 bits; QP < 36:
+ * (f*ls0 + 2^(5-q)) >> (6-q), else (f*ls0) << (q-6); ls0 = pScaleLevels[0] or
+ * the flat default. Statuses: NullPointer, OutOfRange (QP outside 0..51). */
+KIV_API KivStatus kiviTransformQuantInvLumaDC4x4_H264_16s_C1I(Kiv16s *pSrcDst, Kiv32s QP, const Kiv16s *pScaleLevels);
+/* As above with 32-bit values; QP 0..87. */
+KIV_API KivStatus kiviTransformQuantInvLumaDC4x4_H264_32s_C1I(Kiv32s *pSrcDst, Kiv32s QP, const Kiv16s *pScaleLevels);
+/* Scaling-list 4:2:0 chroma DC (4 values): the 2x2 Hadamard f, then
+ * (f*ls0) >> (5-q) for q < 5, else (f*ls0) << (q-5). Statuses: NullPointer,
+ * OutOfRange (QP outside 0..39). */
+KIV_API KivStatus kiviTransformQuantInvChromaDC2x2_H264_16s_C1I(Kiv16s *pSrcDst, Kiv32s QP, const Kiv16s *pScaleLevels);
+/* As above with 32-bit values; QP 0..75. */
+KIV_API KivStatus kiviTransformQuantInvChromaDC2x2_H264_32s_C1I(Kiv32s *pSrcDst, Kiv32s QP, const Kiv16s *pScaleLevels);
+/* Scaling-list 4:2:2 chroma DC (2 wide, 4 high, raster): f = A4 x c x A2;
+ * with q' = (QP + 3) / 6 (and the default row of (QP + 3) % 6): q' >= 6:
+ * (f*ls0) << (q'-6), else (f*ls0 + 2^(5-q')) >> (6-q'). Statuses: NullPointer,
+ * OutOfRange (QP outside 0..39). */
+KIV_API KivStatus kiviTransformQuantInvChromaDC2x4_H264_16s_C1I(Kiv16s *pSrcDst, Kiv32s QP, const Kiv16s *pScaleLevels);
+/* As above with 32-bit values; QP 0..75. */
+KIV_API KivStatus kiviTransformQuantInvChromaDC2x4_H264_32s_C1I(Kiv32s *pSrcDst, Kiv32s QP, const Kiv16s *pScaleLevels);
+/* 8x8 scaling of all 64 coefficients with q = Qp6 = QP / 6: q < 6:
+ * (c*ls + 2^(5-q)) >> (6-q), else (c*ls) << (q-6), each to 16 bits.
+ * Statuses: NullPointer (pSrcDst, pScaleLevels), BadQp (Qp6 outside 0..8). */
+KIV_API KivStatus kiviQuantLuma8x8Inv_H264_16s_C1I(Kiv16s *pSrcDst, Kiv32s Qp6, const Kiv16s *pScaleLevels);
+/* As above at 32 bits; BadQp for Qp6 outside 0..14. */
+KIV_API KivStatus kiviQuantInvLuma8x8_H264_32s_C1I(Kiv32s *pSrcDst, Kiv32s Qp6, const Kiv16s *pScaleLevels);
+/* Inverse 8x8 transform (rows, then columns, every intermediate held in 16
+ * bits) of scaled coefficients; pSrcDst receives the unrounded results r and
+ * pDst = clamp((r + 64 * pPred + 32) >> 6) to 0..255. Statuses: NullPointer
+ * (pPred, pSrcDst, pDst). */
+KIV_API KivStatus kiviTransformLuma8x8InvAddPred_H264_16s8u_C1R(const Kiv8u *pPred, Kiv32s predStep, Kiv16s *pSrcDst, Kiv8u *pDst, Kiv32s dstStep);
+/* As above at 32 bits, clamped to 0..(1 << bitDepth) - 1. Statuses:
+ * NullPointer (pPred, pSrcDst, pDst). bitDepth is not range-tested; values
+ * outside 1..16 are taken as the nearest of those. */
+KIV_API KivStatus kiviTransformInvAddPredLuma8x8_H264_32s16u_C1R(const Kiv16u *pPred, Kiv32s predStep, Kiv32s *pSrcDst, Kiv16u *pDst, Kiv32s dstStep, Kiv32s bitDepth);
 /* ---- end section: h264 residual ---- */
 
 /* ---- section: h264 intra ---- */

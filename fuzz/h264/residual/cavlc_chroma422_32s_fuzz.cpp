@@ -1,0 +1,13 @@
+// Fuzzes the 4:2:2 chroma DC 32-bit CAVLC decoder.
+#include "cavlc_fuzz.h"
+
+using namespace kivvc::fuzz::cavlc;
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    kivvc::fuzz::Input in(data, size);
+
+    const auto& t = tables();
+    return check<Kiv32s>(in, 8, [&](Kiv32u** w, Kiv32s* o, Kiv16s* n, Kiv32s** p) {
+        return kiviDecodeCAVLCChroma422DcCoeffs_H264_1u32s(w, o, n, p, t.token422, arr(t.zeros422), arr(t.runs));
+    });
+}
