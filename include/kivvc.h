@@ -550,6 +550,175 @@ KIV_API KivStatus kiviTransformInvAddPredLuma8x8_H264_32s16u_C1R(const Kiv16u *p
 /* ---- end section: h264 deblocking ---- */
 
 /* ---- section: mpeg4 ---- */
+/* ======================================================================== */
+/* MPEG-4 Part 2: quantisation, coefficient decoding and encoding           */
+/* ======================================================================== */
+/* Quantisation records. GetSize gives the bytes the caller provides (412 for
+ * the forward records, 156 for the inverse ones, 15 bytes of slack
+ * included); the record itself lives at the first 16-byte boundary at or
+ * after the pointer passed, and every function taking a record aligns the
+ * pointer the same way, so the caller passes the same pointer throughout.
+ * Layout from the aligned start:
+ *   inverse: Kiv16u weights[64] (row-major), Kiv32s bits, Kiv32s matrix
+ *            flag, Kiv32u identifier ("RAMC" intra, "SAMC" inter);
+ *   forward: Kiv16u weights[64] (W >> 1 for bits <= 8, W for bits >= 9),
+ *            Kiv32u reciprocals[64] (65536 / W + 1, bits <= 8 only), Kiv32s
+ *            bits, Kiv32s matrix flag, Kiv32u identifier ("TAMC" intra,
+ *            "UAMC" inter).
+ * A record is initialised once and then only read; it may be shared by any
+ * number of concurrent calls. Every function reads the identifier where its
+ * own record kind keeps it, so the memory passed must be as large as that
+ * kind asks for even when it holds a record of another kind. */
+typedef struct KiviQuantIntraSpec_MPEG4 KiviQuantIntraSpec_MPEG4;
+typedef struct KiviQuantInterSpec_MPEG4 KiviQuantInterSpec_MPEG4;
+typedef struct KiviQuantInvIntraSpec_MPEG4 KiviQuantInvIntraSpec_MPEG4;
+typedef struct KiviQuantInvInterSpec_MPEG4 KiviQuantInvInterSpec_MPEG4;
+
+/* Stores 412, the bytes of a forward intra record. Statuses: NullPointer. */
+KIV_API KivStatus kiviQuantIntraGetSize_MPEG4(int *pSpecSize);
+/* Stores 412, the bytes of a forward inter record. Statuses: NullPointer. */
+KIV_API KivStatus kiviQuantInterGetSize_MPEG4(int *pSpecSize);
+/* Stores 156, the bytes of an inverse intra record. Statuses: NullPointer. */
+KIV_API KivStatus kiviQuantInvIntraGetSize_MPEG4(int *pSpecSize);
+/* Stores 156, the bytes of an inverse inter record. Statuses: NullPointer. */
+KIV_API KivStatus kiviQuantInvInterGetSize_MPEG4(int *pSpecSize);
+
+/* Initialises a forward intra record for video of bitsPerPixel bits (4..12)
+ * from 64 nonzero weights in row-major order (MPEG method), or from a null
+ * matrix (H.263 method). Statuses in order: NullPointer (pSpec), OutOfRange
+ * (bits outside 4..12, nothing written; we refuse such bits here rather than
+ * leave a record the quantisers cannot use), BadQp (a zero weight: the
+ * weights before it are stored, the identifier is valid, the matrix flag
+ * stays 0 and the record must not be used). */
+KIV_API KivStatus kiviQuantIntraInit_MPEG4(const Kiv8u *pQuantMatrix, KiviQuantIntraSpec_MPEG4 *pSpec, int bitsPerPixel);
+/* As kiviQuantIntraInit_MPEG4, for a forward inter record. */
+KIV_API KivStatus kiviQuantInterInit_MPEG4(const Kiv8u *pQuantMatrix, KiviQuantInterSpec_MPEG4 *pSpec, int bitsPerPixel);
+/* As kiviQuantIntraInit_MPEG4, for an inverse intra record. */
+KIV_API KivStatus kiviQuantInvIntraInit_MPEG4(const Kiv8u *pQuantMatrix, KiviQuantInvIntraSpec_MPEG4 *pSpec, int bitsPerPixel);
+/* As kiviQuantIntraInit_MPEG4, for an inverse inter record. */
+KIV_API KivStatus kiviQuantInvInterInit_MPEG4(const Kiv8u *pQuantMatrix, KiviQuantInvInterSpec_MPEG4 *pSpec, int bitsPerPixel);
+
+/* Quantises an intra block in place (64 row-major coefficients) and stores
+ * the number of nonzero levels. AC: H.263 method (bits >= 9: c / 2QP;
+ * bits <= 8: c / 2 for QP 1, else sign(c) ((|c| R(QP)) >> 16) with
+ * R(QP) = 65536 / 2QP + 1) or MPEG method (a = (16|c| + W/2) / W, level =
+ * min((a + (3QP + 2) / 4) / 2QP, 2047), the divisions by W and 2QP through
+ * the reciprocals for bits <= 8). DC: sign(c0) ((|c0| + s/2) / s), s the DC
+ * scaler of QP and blockType (0 luminance, other chrominance), limited to
+ * +-2047. The 8-bit MPEG form is computed exactly for any 16-bit input
+ * (64-bit products), so levels of out-of-range coefficients saturate at 2047.
+ * Statuses in order: NullPointer (pCoeffs, pSpec, pCount), ContextMismatch
+ * (not a forward intra record, or its bits outside 4..12), BadQp (QP < 1 or
+ * above 2^(bits-3) - 1). */
+KIV_API KivStatus kiviQuantIntra_MPEG4_16s_C1I(Kiv16s *pCoeffs, const KiviQuantIntraSpec_MPEG4 *pSpec, int QP, int *pCount, int blockType);
+/* Quantises an inter block in place, all 64 elements: H.263 method
+ * sign(c) ((|c| - QP/2) / 2QP) (bits <= 8: c / 2 for QP 1, else through
+ * R(QP)), MPEG method min(a / 2QP, 2047). Statuses as
+ * kiviQuantIntra_MPEG4_16s_C1I (a forward inter record). */
+KIV_API KivStatus kiviQuantInter_MPEG4_16s_C1I(Kiv16s *pCoeffs, const KiviQuantInterSpec_MPEG4 *pSpec, int QP, int *pCount);
+/* Inverse-quantises an intra block in place. indxLastNonZero is the highest
+ * row-major element that may be nonzero (63 is always correct; values above
+ * 63 are taken as 63). DC = s * level0; AC: H.263 method sign(L)(2QP|L| + q),
+ * q = QP (odd QP) or QP - 1, MPEG method (L W QP) / 8 with mismatch control
+ * on element 63 when DC plus the AC sum is even (an index below 1 only sets
+ * element 63 to 1 when DC is even). Every value is computed exactly and
+ * limited to [-2^(bits+3), 2^(bits+3) - 1]. Statuses in order: NullPointer
+ * (pCoeffs, pSpec), ContextMismatch (not an inverse intra record, or bits
+ * outside 4..12), BadQp (QP outside 1..2^(bits-3) - 1). */
+KIV_API KivStatus kiviQuantInvIntra_MPEG4_16s_C1I(Kiv16s *pCoeffs, int indxLastNonZero, const KiviQuantInvIntraSpec_MPEG4 *pSpec, int QP, int blockType);
+/* Inverse-quantises an inter block in place over elements 0..indxLastNonZero
+ * (above 63 taken as 63): H.263 method as the intra AC, MPEG method
+ * ((2L + sign(L)) W QP) / 16 with mismatch control on element 63 when the sum
+ * is even (also for a negative index). Limits and statuses as
+ * kiviQuantInvIntra_MPEG4_16s_C1I (an inverse inter record). */
+KIV_API KivStatus kiviQuantInvInter_MPEG4_16s_C1I(Kiv16s *pCoeffs, int indxLastNonZero, const KiviQuantInvInterSpec_MPEG4 *pSpec, int QP);
+
+/* Coefficient decoding. The cursor is the byte cursor (ppBitStream,
+ * pBitOffset), read most significant bit first; on success it is left just
+ * behind the block's codes. Forward readers may load up to four bytes past
+ * the byte holding the next unread bit, so callers keep four readable bytes
+ * after the coded data; the backward readers load up to two bytes before the
+ * first bit they consume. The coefficient decoders clear the 64-element
+ * row-major block first (an intra decoder told that the DC is present keeps
+ * element 0) and store the last scan position decoded (0..63). A bad code, a
+ * missing marker bit, a forbidden escape level or a position beyond 63
+ * returns BadBitstreamCode with the cursor as it was on entry, the
+ * coefficients stored so far in place and the last position of the last one
+ * stored. Pointer checks cover the cursor, offset, output and last-position
+ * pointers, then the current-byte pointer; then BadBitOffset (offset outside
+ * 0..7). */
+
+/* Decodes an intra DC differential: dct_dc_size (blockType 0 luminance, any
+ * other value chrominance), the differential bits and, above size 8, a marker
+ * bit. Statuses: NullPointer (ppBitStream, pBitOffset, pDC, then
+ * *ppBitStream), BadBitOffset, BadBitstreamCode (a size prefix too long:
+ * nothing written; a zero marker: *pDC already written, cursor unchanged). */
+KIV_API KivStatus kiviDecodeDCIntra_MPEG4_1u16s(Kiv8u **ppBitStream, int *pBitOffset, Kiv16s *pDC, int blockType);
+/* Decodes the run/level/last codes of an intra block: the intra TCOEF table
+ * with escape modes 1 to 3 (the fixed-length mode refuses levels 0 and
+ * -2048), or with rvlcFlag the reversible codes and their 30-bit escape.
+ * noDCFlag nonzero: the DC is present (element 0 kept, decoding starts at
+ * scan position 1). scan: 0 zigzag, 1 alternate vertical, 2 alternate
+ * horizontal, any other value no reordering (scan position k to element k).
+ * Statuses as described above. */
+KIV_API KivStatus kiviDecodeCoeffsIntra_MPEG4_1u16s(Kiv8u **ppBitStream, int *pBitOffset, Kiv16s *pCoeffs, int *pIndxLastNonZero, int rvlcFlag, int noDCFlag, int scan);
+/* As kiviDecodeCoeffsIntra_MPEG4_1u16s for an inter block with the inter
+ * tables (the fixed-length escape refuses only -2048; a zero level is stored
+ * and counts as coded). scan: 0 zigzag, 1 alternate vertical, any other value
+ * no reordering. */
+KIV_API KivStatus kiviDecodeCoeffsInter_MPEG4_1u16s(Kiv8u **ppBitStream, int *pBitOffset, Kiv16s *pCoeffs, int *pIndxLastNonZero, int rvlcFlag, int scan);
+/* Decodes the reversible codes of an intra block backwards. On entry the
+ * cursor names the sign bit of the block's last code (offset 0 = most
+ * significant bit of the byte); the first code read must have last = 1, and
+ * decoding stops, without consuming it, at the next code with last = 1 (the
+ * preceding block's), where the cursor is left for the next backward call.
+ * No scan is applied: element k holds scan position k. noDCFlag as in the
+ * forward decoder. On an error the last position holds the fill position
+ * reached (coefficients are collected from element 63 downward); a block
+ * whose runs would carry it beyond position 63 is refused. Statuses as
+ * described above. */
+KIV_API KivStatus kiviDecodeCoeffsIntraRVLCBack_MPEG4_1u16s(Kiv8u **ppBitStream, int *pBitOffset, Kiv16s *pCoeffs, int *pIndxLastNonZero, int noDCFlag);
+/* As kiviDecodeCoeffsIntraRVLCBack_MPEG4_1u16s for an inter block. */
+KIV_API KivStatus kiviDecodeCoeffsInterRVLCBack_MPEG4_1u16s(Kiv8u **ppBitStream, int *pBitOffset, Kiv16s *pCoeffs, int *pIndxLastNonZero);
+/* Decodes an inter block and inverse-quantises it (scan 1 alternate
+ * vertical, any other value zigzag). Without rvlcFlag each level is
+ * reconstructed as it is stored, exactly as kiviQuantInvInter_MPEG4_16s_C1I
+ * would (H.263 or MPEG method of the record, range of its bits, mismatch
+ * control on element 63 once the block is complete); the record and QP are
+ * checked first: NullPointer (record), ContextMismatch, BadQp. With rvlcFlag
+ * the block is decoded with the reversible codes and then handed to
+ * kiviQuantInvInter_MPEG4_16s_C1I, whose status is returned (its argument
+ * errors arrive after the cursor has advanced); a decoding error returns
+ * before any inverse quantisation. */
+KIV_API KivStatus kiviReconstructCoeffsInter_MPEG4_1u16s(Kiv8u **ppBitStream, int *pBitOffset, Kiv16s *pCoeffs, int *pIndxLastNonZero, int rvlcFlag, int scan, const KiviQuantInvInterSpec_MPEG4 *pQuantInvInterSpec, int QP);
+
+/* Coefficient encoding. The cursor is the byte cursor, writing: the first
+ * byte keeps its bits above the offset, whole bytes are stored after it, and
+ * the unwritten low bits of the last byte are zero; no zeroed buffer is
+ * needed. Pointer checks: ppBitStream, pBitOffset, the block (coefficient
+ * encoders), then *ppBitStream; then BadBitOffset (offset outside 0..7). */
+
+/* Writes an intra DC differential: its dct_dc_size code (blockType 1
+ * chrominance, any other value luminance), the differential (d, or d - 1 in
+ * two's complement when negative) and a marker bit above size 8. Statuses:
+ * NullPointer, BadBitOffset, OutOfRange (|dcCoeff| above 4095, which no size
+ * code covers; nothing written). */
+KIV_API KivStatus kiviEncodeDCIntra_MPEG4_16s1u(Kiv16s dcCoeff, Kiv8u **ppBitStream, int *pBitOffset, int blockType);
+/* Writes the run/level/last codes of an intra block: countNonZero nonzero
+ * levels from position 0 (1 with noDCFlag) through the scan (-1 row-major,
+ * 1 alternate vertical, 2 alternate horizontal, any other value zigzag), the
+ * last one with last = 1; later levels are not coded. Without rvlcFlag each
+ * level takes its TCOEF code, else escape mode 1, else mode 2, else the
+ * fixed-length mode 3; with rvlcFlag a reversible code or the 30-bit RVLC
+ * escape. Statuses: NullPointer, BadBitOffset, OutOfRange (countNonZero
+ * below 1 or above 64, above 63 with noDCFlag; or a level to code whose
+ * magnitude exceeds 2047, which no escape carries; we refuse it before
+ * writing rather than write its low bits). A count larger than the number of
+ * nonzero levels leaves the block without a last code. */
+KIV_API KivStatus kiviEncodeCoeffsIntra_MPEG4_16s1u(const Kiv16s *pCoeffs, Kiv8u **ppBitStream, int *pBitOffset, int countNonZero, int rvlcFlag, int noDCFlag, int scan);
+/* As kiviEncodeCoeffsIntra_MPEG4_16s1u for an inter block with the inter
+ * tables, from position 0; scan 2 means zigzag here. */
+KIV_API KivStatus kiviEncodeCoeffsInter_MPEG4_16s1u(const Kiv16s *pCoeffs, Kiv8u **ppBitStream, int *pBitOffset, int countNonZero, int rvlcFlag, int scan);
 /* ---- end section: mpeg4 ---- */
 
 /* ---- section: mpeg4 sprite and postfilter ---- */
