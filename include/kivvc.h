@@ -547,6 +547,126 @@ KIV_API KivStatus kiviTransformInvAddPredLuma8x8_H264_32s16u_C1R(const Kiv16u *p
 /* ---- end section: h264 inter ---- */
 
 /* ---- section: h264 deblocking ---- */
+/* ======================================================================== */
+/* H.264 deblocking filter                                                  */
+/* ======================================================================== */
+/* One direction of one macroblock plane per call: the vertical edges (across
+ * each row) or the horizontal edges (down each column), edge by edge from the
+ * left or top boundary and each edge along its length, so that later edges
+ * see the samples earlier ones changed. The caller derives bS, alpha, beta
+ * and tC0; nothing here depends on QP. A standard decoder filters all
+ * vertical edges of a macroblock, then its horizontal ones.
+ *
+ * Arrays: alpha[2] and beta[2] ([0] for the macroblock boundary, edge 0; [1]
+ * for the inner edges); bS[16] (0..4) and tC0 (16 luma, 8 chroma 4:2:0, 16
+ * chroma 4:2:2), four entries per edge. Edge e lies 4e samples from the
+ * boundary. Luma: four 16-sample edges, line i of edge e uses entry
+ * 4e + (i >> 2). Chroma 4:2:0: two 8-sample edges (c = 0, 1) filtered with
+ * the luma edges 0 and 2, line i using bS[8c + (i >> 1)] and tC0[4c + (i >> 1)].
+ * Chroma 4:2:2 vertical: two 16-sample edges, bS[8c + (i >> 2)], tC0[4c + (i >> 2)];
+ * horizontal: four 8-sample edges, bS[4c + (i >> 1)], tC0[4c + (i >> 1)].
+ *
+ * A line is filtered when |p0 - q0| < alpha, |p1 - p0| < beta and
+ * |q1 - q0| < beta. bS 0 leaves it alone, bS 4 selects the strong filter and
+ * any other value the normal one (bS above 4 counts as normal). Exceptions,
+ * the horizontal chroma edges, which choose strong or normal once per edge:
+ * strong on every line of the edge (whatever the other entries say) when the
+ * edge's first bS entry is 4, or, for the 8-bit 4:2:0 function, when all four
+ * of its entries are 4; otherwise every line with a non-zero bS gets the
+ * normal filter.
+ *
+ * Reads: the block, and luma p3..q3 and chroma p1..q1 of every line of an
+ * edge with a non-zero bS entry, so up to 4 luma (2 chroma) samples before
+ * the macroblock boundary, and those only when edge 0 has one. Samples that
+ * change: luma p2..q2, chroma p0 and q0; outside the block nothing else is
+ * written (inside it, unchanged samples may be stored back).
+ * 16-bit functions count steps in samples and clamp the normal filter's p0'
+ * and q0' to 0..(1 << bitDepth) - 1 (the other results cannot leave the
+ * range of their inputs); bitDepth itself is not checked (below 0 counts as
+ * 0, above 16 as 16). The 8-bit functions do not check the step; any sign
+ * works. The records hold native pointers (48 and 56 bytes here). */
+
+/* The record of the 8-bit 4:2:2 chroma functions. */
+typedef struct {
+    Kiv8u *pSrcDstPlane;        /* q0 of edge 0: the macroblock's first sample */
+    Kiv32s srcDstStep;          /* bytes */
+    const Kiv8u *pAlpha;        /* 2 entries */
+    const Kiv8u *pBeta;         /* 2 entries */
+    const Kiv8u *pThresholds;   /* tC0 */
+    const Kiv8u *pBs;           /* 16 entries */
+} KivDeblockingParams_8u;
+
+/* The record of the 16-bit functions. */
+typedef struct {
+    Kiv16u *pSrcDstPlane;       /* q0 of edge 0 */
+    Kiv32s srcDstStep;          /* samples */
+    const Kiv16u *pAlpha;       /* 2 entries */
+    const Kiv16u *pBeta;        /* 2 entries */
+    const Kiv16u *pThresholds;  /* tC0 */
+    const Kiv8u *pBs;           /* 16 entries */
+    Kiv32s bitDepth;            /* samples clamped to 0..(1 << bitDepth) - 1 */
+} KivDeblockingParams_16u;
+
+/* Vertical luma edges of an 8-bit macroblock (16x16). Statuses: NullPointer
+ * (pSrcDst, pAlpha, pBeta, pThresholds, pBs). Reads columns -4..15 (-4..-1
+ * only when edge 0 has a non-zero bS). */
+KIV_API KivStatus kiviFilterDeblockingLuma_VerEdge_H264_8u_C1IR(Kiv8u *pSrcDst, Kiv32s srcDstStep, const Kiv8u *pAlpha, const Kiv8u *pBeta, const Kiv8u *pThresholds, const Kiv8u *pBs);
+/* Horizontal luma edges of an 8-bit macroblock; rows -4..15 as above.
+ * Statuses as the vertical function. */
+KIV_API KivStatus kiviFilterDeblockingLuma_HorEdge_H264_8u_C1IR(Kiv8u *pSrcDst, Kiv32s srcDstStep, const Kiv8u *pAlpha, const Kiv8u *pBeta, const Kiv8u *pThresholds, const Kiv8u *pBs);
+/* Vertical edges of an 8-bit 4:2:0 chroma block (8x8), each line with its
+ * own bS; columns -2..7 read. Statuses: NullPointer (all six pointers). */
+KIV_API KivStatus kiviFilterDeblockingChroma_VerEdge_H264_8u_C1IR(Kiv8u *pSrcDst, Kiv32s srcDstStep, const Kiv8u *pAlpha, const Kiv8u *pBeta, const Kiv8u *pThresholds, const Kiv8u *pBs);
+/* Horizontal edges of an 8-bit 4:2:0 chroma block: an edge whose four bS
+ * entries are all 4 is strong-filtered, otherwise each line with a non-zero
+ * bS gets the normal filter; rows -2..7 read. Statuses: NullPointer. */
+KIV_API KivStatus kiviFilterDeblockingChroma_HorEdge_H264_8u_C1IR(Kiv8u *pSrcDst, Kiv32s srcDstStep, const Kiv8u *pAlpha, const Kiv8u *pBeta, const Kiv8u *pThresholds, const Kiv8u *pBs);
+/* MBAFF left luma edge, 8 lines (the caller picks them by pointer and step):
+ * line i uses pBs[i >> 1] and pThresholds[i >> 1], alpha and beta given as
+ * values. Statuses: NullPointer (pSrcDst, pThresholds, pBs); then, when
+ * alpha is 0 or all four bS are 0, Ok without filtering. Reads columns -4..3. */
+KIV_API KivStatus kiviFilterDeblockingLuma_VerEdge_MBAFF_H264_8u_C1IR(Kiv8u *pSrcDst, Kiv32s srcDstStep, Kiv32u alpha, Kiv32u beta, const Kiv8u *pThresholds, const Kiv8u *pBs);
+/* MBAFF left chroma edge, 4 lines, line i uses pBs[i] and pThresholds[i].
+ * Statuses as the luma MBAFF function. Reads columns -2..1. */
+KIV_API KivStatus kiviFilterDeblockingChroma_VerEdge_MBAFF_H264_8u_C1IR(Kiv8u *pSrcDst, Kiv32s srcDstStep, Kiv32u alpha, Kiv32u beta, const Kiv8u *pThresholds, const Kiv8u *pBs);
+/* Vertical edges of an 8-bit 4:2:2 chroma block (8 wide, 16 high). Statuses:
+ * NullPointer (pDeblockInfo, then its pSrcDstPlane, pAlpha, pBeta,
+ * pThresholds, pBs). */
+KIV_API KivStatus kiviFilterDeblockingChroma422VerEdge_H264_8u_C1IR(const KivDeblockingParams_8u *pDeblockInfo);
+/* Horizontal edges of an 8-bit 4:2:2 chroma block: four edges, strong on the
+ * whole edge when its first bS entry is 4. Statuses as the vertical function. */
+KIV_API KivStatus kiviFilterDeblockingChroma422HorEdge_H264_8u_C1IR(const KivDeblockingParams_8u *pDeblockInfo);
+/* Not provided: always NotImplemented, whatever the argument. */
+KIV_API KivStatus kiviFilterDeblockingChroma422VerEdgeMBAFF_H264_8u_C1IR(const KivDeblockingParams_8u *pDeblockInfo);
+/* Not provided: always NotImplemented, whatever the argument. */
+KIV_API KivStatus kiviFilterDeblockingChroma422VerEdgeMBAFF_H264_16u_C1IR(const KivDeblockingParams_16u *pDeblockInfo);
+
+/* 16-bit luma, vertical edges. Statuses: NullPointer (pDeblockInfo, then its
+ * pSrcDstPlane, pAlpha, pBeta, pThresholds, pBs), BadStep (srcDstStep < 1).
+ * Reads as the 8-bit function. */
+KIV_API KivStatus kiviFilterDeblockingLumaVerEdge_H264_16u_C1IR(const KivDeblockingParams_16u *pDeblockInfo);
+/* 16-bit luma, horizontal edges. Statuses as above. */
+KIV_API KivStatus kiviFilterDeblockingLumaHorEdge_H264_16u_C1IR(const KivDeblockingParams_16u *pDeblockInfo);
+/* 16-bit 4:2:0 chroma, vertical edges. Statuses as above. */
+KIV_API KivStatus kiviFilterDeblockingChromaVerEdge_H264_16u_C1IR(const KivDeblockingParams_16u *pDeblockInfo);
+/* 16-bit 4:2:0 chroma, horizontal edges: strong on the whole edge when its
+ * first bS entry is 4. Statuses as above. */
+KIV_API KivStatus kiviFilterDeblockingChromaHorEdge_H264_16u_C1IR(const KivDeblockingParams_16u *pDeblockInfo);
+/* 16-bit 4:2:2 chroma, vertical edges. Statuses as above. */
+KIV_API KivStatus kiviFilterDeblockingChroma422VerEdge_H264_16u_C1IR(const KivDeblockingParams_16u *pDeblockInfo);
+/* 16-bit 4:2:2 chroma, horizontal edges: strong on the whole edge when its
+ * first bS entry is 4. Statuses as above. */
+KIV_API KivStatus kiviFilterDeblockingChroma422HorEdge_H264_16u_C1IR(const KivDeblockingParams_16u *pDeblockInfo);
+/* 16-bit MBAFF left luma edge (8 lines as the 8-bit function), pAlpha[0]
+ * and pBeta[0] only. Statuses: NullPointer (as above), BadStep
+ * (srcDstStep < 1); then, when pAlpha[0] is 0 or all four bS are 0, Ok
+ * without filtering. */
+KIV_API KivStatus kiviFilterDeblockingLumaVerEdgeMBAFF_H264_16u_C1IR(const KivDeblockingParams_16u *pDeblockInfo);
+/* 16-bit MBAFF left chroma edge (4 lines as the 8-bit function). Statuses:
+ * NullPointer (pDeblockInfo, pSrcDstPlane, pThresholds, pBs, pAlpha, pBeta);
+ * then, when pAlpha[0] is 0 or all four bS are 0, Ok without filtering. The
+ * step is not checked. */
+KIV_API KivStatus kiviFilterDeblockingChromaVerEdgeMBAFF_H264_16u_C1IR(const KivDeblockingParams_16u *pDeblockInfo);
 /* ---- end section: h264 deblocking ---- */
 
 /* ---- section: mpeg4 ---- */
