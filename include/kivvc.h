@@ -344,6 +344,261 @@ KIV_API KivStatus kiviScanInv_16s_C1(const Kiv16s *pSrc, Kiv16s *pDst, Kiv32s in
 /* ---- end section: block metrics ---- */
 
 /* ---- section: mpeg2 ---- */
+/* ======================================================================== */
+/* MPEG-1 and MPEG-2: code tables, block decoding, inverse DCT, motion      */
+/* compensation, quantisation and block writing                             */
+/* ======================================================================== */
+
+/* Code tables. A source table is an array of Kiv32s: [0] unused; [1] L, the
+ * number of lookup levels; [2..L+1] the width in bits of each level (root
+ * first); then for code lengths 1, 2, 3, ... in turn: a count followed by
+ * that many (code, value) pairs (single-value tables) or (code, run, level)
+ * triples (run/level tables), the code word in the low `length` bits; a
+ * negative count ends the list. Codes must be prefix-free; values lie in
+ * -8388608..8388607 and are never 0xF0F1, runs in 0..255, levels in 16 signed
+ * bits; codes longer than the sum of the widths (or than 32 bits) are skipped.
+ *
+ * A built table is an array of Kiv32s that callers may read directly: word 0
+ * is the root width w0, words 1..2^w0 the root entries, then each sub-table
+ * in order of creation as its width followed by 2^w entries. An entry is a
+ * link ((offset of the sub-table's width word << 8) | 0x80), a value
+ * ((value << 8) | s), a run/level pair ((level << 16) | (run << 8) | s) or
+ * empty (0x00F0F101), s being the bits the lookup took beyond the code. In
+ * run/level tables the block decoders read run 254 as end of block and run
+ * 255 as escape. */
+
+/* Builds a single-value decoding table from pSrcTable into a new block
+ * (kivsMalloc_8u) whose address is stored in *ppDstSpec; release it with
+ * kiviHuffmanTableFree_32s. Statuses: NullPointer (pSrcTable, ppDstSpec);
+ * BadArgument (our choice: L < 1 or a level width outside 1..20); NoMemory
+ * when an allocation fails (the builder's temporary code list or the table),
+ * with nothing left allocated and *ppDstSpec not written. Overlapping codes
+ * are not detected: the later code takes the entries both occupy, and a code
+ * that would need more sub-tables than measured is skipped. */
+KIV_API KivStatus kiviHuffmanTableInitAlloc_32s(const Kiv32s *pSrcTable, Kiv32s **ppDstSpec);
+/* As kiviHuffmanTableInitAlloc_32s for a source of (code, run, level)
+ * triples. */
+KIV_API KivStatus kiviHuffmanRunLevelTableInitAlloc_32s(const Kiv32s *pSrcTable, Kiv32s **ppDstSpec);
+/* Releases a built table with kivsFree. Statuses: NullPointer. */
+KIV_API KivStatus kiviHuffmanTableFree_32s(Kiv32s *pDecodeTable);
+/* Decodes one code with a single-value table through the word cursor
+ * (reading) and stores its value in *pDst. Statuses: NullPointer
+ * (ppBitStream, pOffset, pDst, pDecodeTable, *ppBitStream); BadVlcCode for a
+ * bit pattern that matches no code: *pDst receives 0xF0F1 (61681) and the
+ * cursor is left after the bits of the table lookups (no give-back).
+ * Look-ahead: one word past the last bit of the lookups. */
+KIV_API KivStatus kiviDecodeHuffmanOne_1u32s(Kiv32u **ppBitStream, Kiv32s *pOffset, Kiv32s *pDst,
+                                             const Kiv32s *pDecodeTable);
+/* Decodes one run/level code into *pRun and *pLevel. Statuses: NullPointer
+ * (ppBitStream, pOffset, pDecodeTable, pRun, pLevel, *ppBitStream);
+ * BadVlcCode for an empty entry, with the cursor and the outputs untouched.
+ * Look-ahead as kiviDecodeHuffmanOne_1u32s. */
+KIV_API KivStatus kiviDecodeHuffmanPair_1u16s(Kiv32u **ppBitStream, Kiv32s *pOffset, const Kiv32s *pDecodeTable,
+                                              Kiv8u *pRun, Kiv16s *pLevel);
+
+/* Block decoders. Each reads all codes of one 8x8 block through the word
+ * cursor (reading), zeroes the 64 coefficients of pDstBlock first, places the
+ * coefficient of scan index i at array position pScanMatrix[i] (only its low
+ * six bits are used; a decoder feeding the transposed inverse DCTs passes
+ * transposed positions), inverse-quantises it with W = pQPMatrix[position]
+ * and stores in *pDstSize the scan index of the last coefficient. Run 254 of
+ * a coefficient table is end of block, run 255 escape (MPEG-1: 6-bit run,
+ * then an 8-bit level, or 16 bits after 0x00/0x80; MPEG-2: 6-bit run and a
+ * 12-bit two's-complement level). A first non-intra coefficient whose first
+ * bit is 1 is run 0, level +1 ("10") or -1 ("11"); otherwise it is decoded
+ * with pDCSizeTable (then the first-coefficient table), its scan index being
+ * its run. Dequantisation, products wrapping in 32 bits, division truncating:
+ * MPEG-1: (2 level + sign) W q / 16 (non-intra) or 2 level W q / 16 (intra
+ * AC), an even result moved one step toward zero; MPEG-2: the same over 32
+ * without that step; then saturation to -2048..2047. MPEG-2 decoders finish
+ * with the mismatch control (an even sum of the 64 values toggles the lowest
+ * bit of position 63). Intra DC: the size comes from the DC size table, the
+ * differential from that many bits; MPEG-1 adds 8 times it to *pDCPred and
+ * stores the sum as coefficient 0, MPEG-2 adds it and stores the sum shifted
+ * left by shiftDCVal; the new predictor is that sum (16-bit wrap). A DC size
+ * outside 0..31 from a caller's table counts as an invalid code (our choice).
+ * BadVlcCode: invalid DC size code (cursor as kiviDecodeHuffmanOne_1u32s
+ * leaves it), a first run beyond 63 or a scan index beyond 63 (an empty table
+ * entry decodes as run 241 and ends there); the cursor is then left after the
+ * failing code, the block keeps what was written, *pDCPred is already updated
+ * and *pDstSize is not written. Look-ahead: one word past the last bit read.
+ * Null tests, in order, as listed with each function. */
+
+/* MPEG-1 non-intra block. NullPointer: ppBitStream, pOffset, pDCSizeTable
+ * (first-coefficient table), pACTable, pDstBlock, pQPMatrix, *ppBitStream,
+ * pDstSize, pScanMatrix. */
+KIV_API KivStatus kiviReconstructDCTBlock_MPEG1_32s(Kiv32u **ppBitStream, Kiv32s *pOffset, const Kiv32s *pDCSizeTable,
+                                                    const Kiv32s *pACTable, Kiv32s *pScanMatrix, Kiv32s QP,
+                                                    Kiv16s *pQPMatrix, Kiv16s *pDstBlock, Kiv32s *pDstSize);
+/* MPEG-1 intra block (*pDCPred in units of the reconstructed DC, eight times
+ * the DC value). NullPointer: ppBitStream, pOffset, pDCSizeTable,
+ * *ppBitStream, pACTable, pQPMatrix, pDCPred, pDstSize, pDstBlock,
+ * pScanMatrix. */
+KIV_API KivStatus kiviReconstructDCTBlockIntra_MPEG1_32s(Kiv32u **ppBitStream, Kiv32s *pOffset,
+                                                         const Kiv32s *pDCSizeTable, const Kiv32s *pACTable,
+                                                         Kiv32s *pScanMatrix, Kiv32s QP, Kiv16s *pQPMatrix,
+                                                         Kiv16s *pDCPred, Kiv16s *pDstBlock, Kiv32s *pDstSize);
+/* MPEG-2 non-intra block; pQPMatrix may be null (flat 16). A block whose
+ * only coefficient is at scan index 0 reports size 1. NullPointer:
+ * ppBitStream, pOffset, pDCSizeTable (first-coefficient table), pACTable,
+ * pDstBlock, pDstSize, *ppBitStream, pScanMatrix. */
+KIV_API KivStatus kiviReconstructDCTBlock_MPEG2_32s(Kiv32u **ppBitStream, Kiv32s *pOffset, const Kiv32s *pDCSizeTable,
+                                                    const Kiv32s *pACTable, Kiv32s *pScanMatrix, Kiv32s QP,
+                                                    Kiv16s *pQPMatrix, Kiv16s *pDstBlock, Kiv32s *pDstSize);
+/* MPEG-2 intra block (*pDCPred holds the DC value; shiftDCVal 0..3, taken
+ * modulo 32). NullPointer: ppBitStream, pOffset, pDCSizeTable, *ppBitStream,
+ * pACTable, pQPMatrix, pDCPred, pDstSize, pDstBlock, pScanMatrix. */
+KIV_API KivStatus kiviReconstructDCTBlockIntra_MPEG2_32s(Kiv32u **ppBitStream, Kiv32s *pOffset,
+                                                         const Kiv32s *pDCSizeTable, const Kiv32s *pACTable,
+                                                         Kiv32s *pScanMatrix, Kiv32s QP, Kiv16s *pQPMatrix,
+                                                         Kiv16s *pDCPred, Kiv32s shiftDCVal, Kiv16s *pDstBlock,
+                                                         Kiv32s *pDstSize);
+/* In-place MPEG-2 intra dequantisation: every coefficient but the first
+ * becomes 2 level W QP / 32 truncated, saturated to -2048..2047; then the
+ * mismatch control over all 64. Products are exact (64 bits in the
+ * reference; the vector paths clamp operands where the result saturates
+ * anyway), so no QP or weight wraps. NullPointer: pSrcDst, pQPMatrix. */
+KIV_API KivStatus kiviQuantInvIntra_MPEG2_16s_C1I(Kiv16s *pSrcDst, Kiv32s QP, Kiv16s *pQPMatrix);
+/* In-place MPEG-2 non-intra dequantisation of all 64 coefficients:
+ * (2 level + sign) W QP / 32, as above; pQPMatrix null means 16 everywhere.
+ * NullPointer: pSrcDst. */
+KIV_API KivStatus kiviQuantInv_MPEG2_16s_C1I(Kiv16s *pSrcDst, Kiv32s QP, Kiv16s *pQPMatrix);
+
+/* Inverse DCTs. The source holds the coefficient matrix transposed (array
+ * row k = horizontal frequency k). count selects the path: above 9 the full
+ * transform (32-bit arithmetic, 16-bit rounding after the first pass, output
+ * (sum + 163840) >> 18); 1..9 the same result reading only the top-left 4x4;
+ * 0 DC only: every sample pSrc[0] / 8 truncated; below 0 zero for 16-bit
+ * outputs and DC only for 8-bit ones. 16-bit outputs are limited to
+ * -256..255, 8-bit ones to 0..255. Steps are in bytes. Statuses: NullPointer
+ * (sources, destination), then BadStep (dstStep < 1). */
+KIV_API KivStatus kiviDCT8x8Inv_AANTransposed_16s_C1R(const Kiv16s *pSrc, Kiv16s *pDst, Kiv32s dstStep, Kiv32s count);
+/* As above into 8-bit samples. */
+KIV_API KivStatus kiviDCT8x8Inv_AANTransposed_16s8u_C1R(const Kiv16s *pSrc, Kiv8u *pDst, Kiv32s dstStep,
+                                                        Kiv32s count);
+/* Two blocks into one destination of interleaved pairs: pSrcU's samples at
+ * even positions, pSrcV's at odd positions of each row, each block with its
+ * own count. */
+KIV_API KivStatus kiviDCT8x8Inv_AANTransposed_16s_P2C2R(const Kiv16s *pSrcU, const Kiv16s *pSrcV, Kiv16s *pDstUV,
+                                                        Kiv32s dstStep, Kiv32s countU, Kiv32s countV);
+/* As kiviDCT8x8Inv_AANTransposed_16s_P2C2R into 8-bit samples. */
+KIV_API KivStatus kiviDCT8x8Inv_AANTransposed_16s8u_P2C2R(const Kiv16s *pSrcU, const Kiv16s *pSrcV, Kiv8u *pDstUV,
+                                                          Kiv32s dstStep, Kiv32s countU, Kiv32s countV);
+
+/* Motion compensation: pDst = sat(p + residual), p the prediction from the
+ * reference at mcType (bits 2 and 3 only: 0 full, 4 vertical half, 8
+ * horizontal half, 12 both) with roundControl (bit 0 only: 0 rounds half-
+ * sample averages up, 1 down); the residual sum saturates to 0..255 for any
+ * residual value. Two-reference functions average the two predictions
+ * rounding up: sat(((pF + pB + 1) >> 1) + residual). Half-sample positions
+ * read one column more (HF, HH) and one row more (FH, HH) than the block; the
+ * interleaved-chroma shapes (UV, 16x4) hold U,V pairs in each 16-byte row,
+ * take the horizontal neighbour two bytes on and read two bytes more. Steps
+ * are byte counts, not validated. Statuses: NullPointer (references in order,
+ * residual, destination). There is no two-reference 8x16 shape: compose it
+ * from two 8x8 calls. */
+/* One-reference prediction plus residual of a 16x16 block. */
+KIV_API KivStatus kiviMC16x16_8u_C1(const Kiv8u *pSrcRef, Kiv32s srcStep, const Kiv16s *pSrcYData, Kiv32s srcYDataStep, Kiv8u *pDst, Kiv32s dstStep, Kiv32s mcType, Kiv32s roundControl);
+/* One-reference prediction plus residual of a 16x8 block. */
+KIV_API KivStatus kiviMC16x8_8u_C1(const Kiv8u *pSrcRef, Kiv32s srcStep, const Kiv16s *pSrcYData, Kiv32s srcYDataStep, Kiv8u *pDst, Kiv32s dstStep, Kiv32s mcType, Kiv32s roundControl);
+/* One-reference prediction plus residual of a 16x8 block of interleaved chroma (8 U,V pairs per row). */
+KIV_API KivStatus kiviMC16x8UV_8u_C1(const Kiv8u *pSrcRef, Kiv32s srcStep, const Kiv16s *pSrcYData, Kiv32s srcYDataStep, Kiv8u *pDst, Kiv32s dstStep, Kiv32s mcType, Kiv32s roundControl);
+/* One-reference prediction plus residual of a 16x4 block of interleaved chroma. */
+KIV_API KivStatus kiviMC16x4_8u_C1(const Kiv8u *pSrcRef, Kiv32s srcStep, const Kiv16s *pSrcYData, Kiv32s srcYDataStep, Kiv8u *pDst, Kiv32s dstStep, Kiv32s mcType, Kiv32s roundControl);
+/* One-reference prediction plus residual of a 8x16 block. */
+KIV_API KivStatus kiviMC8x16_8u_C1(const Kiv8u *pSrcRef, Kiv32s srcStep, const Kiv16s *pSrcYData, Kiv32s srcYDataStep, Kiv8u *pDst, Kiv32s dstStep, Kiv32s mcType, Kiv32s roundControl);
+/* One-reference prediction plus residual of a 8x8 block. */
+KIV_API KivStatus kiviMC8x8_8u_C1(const Kiv8u *pSrcRef, Kiv32s srcStep, const Kiv16s *pSrcYData, Kiv32s srcYDataStep, Kiv8u *pDst, Kiv32s dstStep, Kiv32s mcType, Kiv32s roundControl);
+/* One-reference prediction plus residual of a 8x4 block. */
+KIV_API KivStatus kiviMC8x4_8u_C1(const Kiv8u *pSrcRef, Kiv32s srcStep, const Kiv16s *pSrcYData, Kiv32s srcYDataStep, Kiv8u *pDst, Kiv32s dstStep, Kiv32s mcType, Kiv32s roundControl);
+/* One-reference prediction plus residual of a 4x8 block. */
+KIV_API KivStatus kiviMC4x8_8u_C1(const Kiv8u *pSrcRef, Kiv32s srcStep, const Kiv16s *pSrcYData, Kiv32s srcYDataStep, Kiv8u *pDst, Kiv32s dstStep, Kiv32s mcType, Kiv32s roundControl);
+/* One-reference prediction plus residual of a 4x4 block. */
+KIV_API KivStatus kiviMC4x4_8u_C1(const Kiv8u *pSrcRef, Kiv32s srcStep, const Kiv16s *pSrcYData, Kiv32s srcYDataStep, Kiv8u *pDst, Kiv32s dstStep, Kiv32s mcType, Kiv32s roundControl);
+/* One-reference prediction plus residual of a 4x2 block. */
+KIV_API KivStatus kiviMC4x2_8u_C1(const Kiv8u *pSrcRef, Kiv32s srcStep, const Kiv16s *pSrcYData, Kiv32s srcYDataStep, Kiv8u *pDst, Kiv32s dstStep, Kiv32s mcType, Kiv32s roundControl);
+/* One-reference prediction plus residual of a 2x4 block. */
+KIV_API KivStatus kiviMC2x4_8u_C1(const Kiv8u *pSrcRef, Kiv32s srcStep, const Kiv16s *pSrcYData, Kiv32s srcYDataStep, Kiv8u *pDst, Kiv32s dstStep, Kiv32s mcType, Kiv32s roundControl);
+/* One-reference prediction plus residual of a 2x2 block. */
+KIV_API KivStatus kiviMC2x2_8u_C1(const Kiv8u *pSrcRef, Kiv32s srcStep, const Kiv16s *pSrcYData, Kiv32s srcYDataStep, Kiv8u *pDst, Kiv32s dstStep, Kiv32s mcType, Kiv32s roundControl);
+/* Two-reference prediction plus residual of a 16x16 block. */
+KIV_API KivStatus kiviMC16x16B_8u_C1(const Kiv8u *pSrcRefF, Kiv32s srcStepF, Kiv32s mcTypeF, const Kiv8u *pSrcRefB, Kiv32s srcStepB, Kiv32s mcTypeB, const Kiv16s *pSrcYData, Kiv32s srcYDataStep, Kiv8u *pDst, Kiv32s dstStep, Kiv32s roundControl);
+/* Two-reference prediction plus residual of a 16x8 block. */
+KIV_API KivStatus kiviMC16x8B_8u_C1(const Kiv8u *pSrcRefF, Kiv32s srcStepF, Kiv32s mcTypeF, const Kiv8u *pSrcRefB, Kiv32s srcStepB, Kiv32s mcTypeB, const Kiv16s *pSrcYData, Kiv32s srcYDataStep, Kiv8u *pDst, Kiv32s dstStep, Kiv32s roundControl);
+/* Two-reference prediction plus residual of a 16x8 block of interleaved chroma (8 U,V pairs per row). */
+KIV_API KivStatus kiviMC16x8BUV_8u_C1(const Kiv8u *pSrcRefF, Kiv32s srcStepF, Kiv32s mcTypeF, const Kiv8u *pSrcRefB, Kiv32s srcStepB, Kiv32s mcTypeB, const Kiv16s *pSrcYData, Kiv32s srcYDataStep, Kiv8u *pDst, Kiv32s dstStep, Kiv32s roundControl);
+/* Two-reference prediction plus residual of a 16x4 block of interleaved chroma. */
+KIV_API KivStatus kiviMC16x4B_8u_C1(const Kiv8u *pSrcRefF, Kiv32s srcStepF, Kiv32s mcTypeF, const Kiv8u *pSrcRefB, Kiv32s srcStepB, Kiv32s mcTypeB, const Kiv16s *pSrcYData, Kiv32s srcYDataStep, Kiv8u *pDst, Kiv32s dstStep, Kiv32s roundControl);
+/* Two-reference prediction plus residual of a 8x8 block. */
+KIV_API KivStatus kiviMC8x8B_8u_C1(const Kiv8u *pSrcRefF, Kiv32s srcStepF, Kiv32s mcTypeF, const Kiv8u *pSrcRefB, Kiv32s srcStepB, Kiv32s mcTypeB, const Kiv16s *pSrcYData, Kiv32s srcYDataStep, Kiv8u *pDst, Kiv32s dstStep, Kiv32s roundControl);
+/* Two-reference prediction plus residual of a 8x4 block. */
+KIV_API KivStatus kiviMC8x4B_8u_C1(const Kiv8u *pSrcRefF, Kiv32s srcStepF, Kiv32s mcTypeF, const Kiv8u *pSrcRefB, Kiv32s srcStepB, Kiv32s mcTypeB, const Kiv16s *pSrcYData, Kiv32s srcYDataStep, Kiv8u *pDst, Kiv32s dstStep, Kiv32s roundControl);
+/* Two-reference prediction plus residual of a 4x8 block. */
+KIV_API KivStatus kiviMC4x8B_8u_C1(const Kiv8u *pSrcRefF, Kiv32s srcStepF, Kiv32s mcTypeF, const Kiv8u *pSrcRefB, Kiv32s srcStepB, Kiv32s mcTypeB, const Kiv16s *pSrcYData, Kiv32s srcYDataStep, Kiv8u *pDst, Kiv32s dstStep, Kiv32s roundControl);
+/* Two-reference prediction plus residual of a 4x4 block. */
+KIV_API KivStatus kiviMC4x4B_8u_C1(const Kiv8u *pSrcRefF, Kiv32s srcStepF, Kiv32s mcTypeF, const Kiv8u *pSrcRefB, Kiv32s srcStepB, Kiv32s mcTypeB, const Kiv16s *pSrcYData, Kiv32s srcYDataStep, Kiv8u *pDst, Kiv32s dstStep, Kiv32s roundControl);
+/* Two-reference prediction plus residual of a 4x2 block. */
+KIV_API KivStatus kiviMC4x2B_8u_C1(const Kiv8u *pSrcRefF, Kiv32s srcStepF, Kiv32s mcTypeF, const Kiv8u *pSrcRefB, Kiv32s srcStepB, Kiv32s mcTypeB, const Kiv16s *pSrcYData, Kiv32s srcYDataStep, Kiv8u *pDst, Kiv32s dstStep, Kiv32s roundControl);
+/* Two-reference prediction plus residual of a 2x4 block. */
+KIV_API KivStatus kiviMC2x4B_8u_C1(const Kiv8u *pSrcRefF, Kiv32s srcStepF, Kiv32s mcTypeF, const Kiv8u *pSrcRefB, Kiv32s srcStepB, Kiv32s mcTypeB, const Kiv16s *pSrcYData, Kiv32s srcYDataStep, Kiv8u *pDst, Kiv32s dstStep, Kiv32s roundControl);
+/* Two-reference prediction plus residual of a 2x2 block. */
+KIV_API KivStatus kiviMC2x2B_8u_C1(const Kiv8u *pSrcRefF, Kiv32s srcStepF, Kiv32s mcTypeF, const Kiv8u *pSrcRefB, Kiv32s srcStepB, Kiv32s mcTypeB, const Kiv16s *pSrcYData, Kiv32s srcYDataStep, Kiv8u *pDst, Kiv32s dstStep, Kiv32s roundControl);
+
+/* Forward intra quantisation in place, single precision throughout: r = 1 /
+ * QP; every coefficient but the first becomes trunc((c * 16 * r) * M[i]),
+ * each product rounded to single precision, limited to -2047..2047 (a NaN
+ * product gives 0, our choice). pQPMatrix holds reciprocal weights 1/W in
+ * raster order; null selects the default intra matrix. *pCount receives the
+ * number of nonzero results (the first coefficient is neither changed nor
+ * counted). Statuses: NullPointer (pSrcDst, pCount); DivByZero (QP = 0,
+ * nothing written). */
+KIV_API KivStatus kiviQuantIntra_MPEG2_16s_C1I(Kiv16s *pSrcDst, Kiv32s QP, const float *pQPMatrix, Kiv32s *pCount);
+/* Forward non-intra quantisation of all 64 coefficients: as the intra one,
+ * or trunc(c * r) when pQPMatrix is null (flat weights of 16); *pCount counts
+ * every nonzero result. Statuses as kiviQuantIntra_MPEG2_16s_C1I. */
+KIV_API KivStatus kiviQuant_MPEG2_16s_C1I(Kiv16s *pSrcDst, Kiv32s QP, const float *pQPMatrix, Kiv32s *pCount);
+/* Builds a run/level encode table (kivsMalloc_8u; release with kivsFree)
+ * from a source table of (code, run, level) triples in the decoding-table
+ * format, run 255 marking the escape and run 254 the end-of-block code.
+ * Layout: word 0 = (escape code << 4 | length) in bits 0..9, the same for end
+ * of block in bits 10..19 (both masked to 10 bits), the largest run R in bits
+ * 20..31; words 1..R+1 the byte offsets of each run's centre word; then per
+ * run r the codes of levels -m..-1, the centre word holding m, the codes of
+ * levels 1..m, each code stored as (code << 16) | length at centre + level.
+ * The table has (source entries + 2R + 3) words, entries counting escape and
+ * end of block (the sections leave the last two words zero). Runs must be
+ * 0..253 and every level of a run must come with both signs, as in the
+ * MPEG-2 tables; entries with other runs or level 0 are skipped, and a
+ * centre word never claims more levels than its section holds. Statuses:
+ * NullPointer (pSrcTable, ppDstSpec); NoMemory (nothing allocated,
+ * *ppDstSpec not written). */
+KIV_API KivStatus kiviCreateRLEncodeTable(const Kiv32s *pSrcTable, Kiv32s **ppDstSpec);
+/* Writes an intra block through the word cursor (writing form; the words
+ * from the cursor on must be zero): the DC differential pSrcBlock[0] -
+ * *pDCPred (*pDCPred becomes pSrcBlock[0]) as the code of its size s from
+ * pDCSizeTable ((code, length) word pairs indexed by size, an entry for every
+ * size that occurs: 12 for differentials within 11 bits) followed by s bits
+ * (d, or d + 2^s - 1 when negative); then (zero run, level) pairs along scan
+ * indices 1.. until count nonzero coefficients are written: the code of
+ * pACTable (a kiviCreateRLEncodeTable table) when the run is at most R and
+ * the level within its run's range, else the escape 000001, 6-bit run,
+ * 12-bit level; then the end-of-block code EOBCode of EOBLen bits. count must
+ * equal the nonzero AC coefficients (the walk never leaves the block);
+ * lengths outside 1..32 write nothing. Statuses: NullPointer (ppBitStream,
+ * pOffset, pSrcBlock, *ppBitStream, pDCPred, pDCSizeTable, pACTable,
+ * pScanMatrix). */
+KIV_API KivStatus kiviPutIntraBlock(Kiv32u **ppBitStream, Kiv32s *pOffset, const Kiv16s *pSrcBlock, Kiv32s *pDCPred,
+                                    const Kiv32s *pDCSizeTable, const Kiv32s *pACTable, const Kiv32s *pScanMatrix,
+                                    Kiv32s EOBLen, Kiv32s EOBCode, Kiv32s count);
+/* Writes a non-intra block: pSrcBlock[0] as "1s" when it is +1 or -1, else
+ * (when nonzero) as the pair (0, value); then pairs along scan indices 1..
+ * (a zero first coefficient starts the zero run at 1) until count nonzero
+ * coefficients in all are written, then the end-of-block code. Other rules
+ * as kiviPutIntraBlock. Statuses: NullPointer (ppBitStream, pOffset,
+ * pSrcBlock, pACTable, pScanMatrix, *ppBitStream). */
+KIV_API KivStatus kiviPutNonIntraBlock(Kiv32u **ppBitStream, Kiv32s *pOffset, const Kiv16s *pSrcBlock,
+                                       const Kiv32s *pACTable, const Kiv32s *pScanMatrix, Kiv32s EOBLen,
+                                       Kiv32s EOBCode, Kiv32s count);
 /* ---- end section: mpeg2 ---- */
 
 /* ---- section: h264 residual ---- */
