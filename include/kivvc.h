@@ -799,6 +799,229 @@ KIV_API KivStatus kiviTransformInvAddPredLuma8x8_H264_32s16u_C1R(const Kiv16u *p
 /* ---- end section: h264 encoder ---- */
 
 /* ---- section: h264 inter ---- */
+/* ======================================================================== */
+/* H.264 inter prediction: interpolation, boundary reading, weighting,      */
+/* plane expansion                                                          */
+/* ======================================================================== */
+/* Luma positions (dx, dy) are quarter samples 0..3, chroma fractions eighth
+ * samples 0..7. Luma results follow the 6-tap half-sample filter and the
+ * quarter-sample averages of H.264 exactly; chroma results are
+ * ((8-dx)(8-dy)A + dx(8-dy)B + (8-dx)dy C + dx dy D + 32) >> 6. Steps of the
+ * 8-bit functions count bytes, steps of the 16-bit functions count samples.
+ * Read-ahead of the plain functions: luma reads 2 columns left and 3 right of
+ * the block when dx != 0, 2 rows above and 3 below when dy != 0; chroma reads
+ * one column more when dx != 0 and one row more when dy != 0. Nothing else is
+ * read. 16-bit results lie in 0..(1 << bitDepth) - 1; bit depths above 16
+ * clamp to 65535, below 1 to 0. */
+
+/* Caller record of the 8-bit Block functions. Chroma uses both planes, luma
+ * the first only. Motion vectors are in quarter (luma) or eighth (chroma)
+ * samples; the block position is in samples of the plane. */
+typedef struct {
+    const Kiv8u *pSrc1;     /* luma or Cb reference plane, top-left sample */
+    const Kiv8u *pSrc2;     /* Cr reference plane (chroma only) */
+    Kiv32s srcStep;
+    Kiv8u *pDst1;           /* luma or Cb prediction */
+    Kiv8u *pDst2;           /* Cr prediction (chroma only) */
+    Kiv32s dstStep;
+    KiviSize pictureSize;   /* reference plane size in samples */
+    KiviSize blockSize;
+    KiviPoint blockPos;
+    KiviPoint mv;
+} KivInterpolateBlock_8u;
+
+/* The same with 16-bit planes (steps in samples) and the bit depth. */
+typedef struct {
+    const Kiv16u *pSrc1;
+    const Kiv16u *pSrc2;
+    Kiv32s srcStep;
+    Kiv16u *pDst1;
+    Kiv16u *pDst2;
+    Kiv32s dstStep;
+    KiviSize pictureSize;
+    KiviSize blockSize;
+    KiviPoint blockPos;
+    KiviPoint mv;
+    Kiv32s bitDepth;
+} KivInterpolateBlock_16u;
+
+/* Caller record of the plain and Top/Bottom 16-bit functions. */
+typedef struct {
+    const Kiv16u *pSrc;     /* integer sample at the block's top-left */
+    Kiv32s srcStep;         /* samples */
+    Kiv16u *pDst;
+    Kiv32s dstStep;         /* samples */
+    Kiv32s dx, dy;          /* 0..3 luma, 0..7 chroma */
+    KiviSize roiSize;
+    Kiv32s bitDepth;
+} KivInterpolate_16u;
+
+/* Working record of the boundary functions and readers (16-bit planes are
+ * passed through the same void pointers; steps then count samples). */
+typedef struct {
+    const void *pSrc;       /* kernels: block's top-left sample; readers: plane's top-left */
+    Kiv32s srcStep;
+    void *pDst;             /* output block, or the readers' region buffer */
+    Kiv32s dstStep;
+    Kiv32s xFrac, yFrac;    /* chroma eighth-sample fractions */
+    Kiv32s blockWidth, blockHeight;
+    Kiv32s kernelType;      /* luma 4 * dy + dx; chroma 2 * (yFrac != 0) + (xFrac != 0) */
+    Kiv32s regionX, regionY;            /* may be negative */
+    Kiv32s regionWidth, regionHeight;
+    Kiv32s pictureWidth, pictureHeight;
+    const void *pSrc2;      /* chroma: Cr plane */
+    void *pDst2;            /* chroma: Cr output */
+    Kiv32s bitDepth;        /* 16-bit only */
+} KivInterpolationParams;
+
+/* 8-bit luma prediction at quarter position (dx, dy) of the block whose
+ * integer top-left sample is src. Statuses: NullPointer (src, dst);
+ * BadArgument (dx or dy outside 0..3); BadSize (roi height not a multiple of
+ * 4, or roi width with a bit other than those of 4, 8, 16 set: widths 12, 20,
+ * 24 and 28 are accepted and follow the same formulas; heights <= 0 write
+ * nothing). Read-ahead as in the section comment. */
+KIV_API KivStatus kiviInterpolateLuma_H264_8u_C1R(const Kiv8u *src, Kiv32s srcStep, Kiv8u *dst, Kiv32s dstStep, Kiv32s dx, Kiv32s dy, KiviSize roi);
+/* 8-bit chroma prediction at eighth position (dx, dy). Statuses: NullPointer
+ * (src, dst); BadArgument (dx or dy outside 0..7); BadSize (roi height odd,
+ * or roi width with a bit other than those of 2, 4, 8: widths 6, 10, 12 and
+ * 14 are accepted). */
+KIV_API KivStatus kiviInterpolateChroma_H264_8u_C1R(const Kiv8u *src, Kiv32s srcStep, Kiv8u *dst, Kiv32s dstStep, Kiv32s dx, Kiv32s dy, KiviSize roi);
+/* As kiviInterpolateLuma_H264_8u_C1R, with the rows above the picture's
+ * first row replaced by it: outPixels block rows lie above the picture (the
+ * first picture row is src + outPixels * srcStep; negative values mean the
+ * block starts inside). Columns are not clamped. Statuses as the plain
+ * function. Only the rows and columns the filter needs are read; the caller
+ * guarantees the step covers them. */
+KIV_API KivStatus kiviInterpolateLumaTop_H264_8u_C1R(const Kiv8u *src, Kiv32s srcStep, Kiv8u *dst, Kiv32s dstStep, Kiv32s dx, Kiv32s dy, Kiv32s outPixels, KiviSize roi);
+/* As the Top function for the bottom edge: outPixels block rows lie below the
+ * picture's last row, which is src + (height - 1 - outPixels) * srcStep. */
+KIV_API KivStatus kiviInterpolateLumaBottom_H264_8u_C1R(const Kiv8u *src, Kiv32s srcStep, Kiv8u *dst, Kiv32s dstStep, Kiv32s dx, Kiv32s dy, Kiv32s outPixels, KiviSize roi);
+/* Chroma twins of the Top and Bottom functions (chroma checks). */
+KIV_API KivStatus kiviInterpolateChromaTop_H264_8u_C1R(const Kiv8u *src, Kiv32s srcStep, Kiv8u *dst, Kiv32s dstStep, Kiv32s dx, Kiv32s dy, Kiv32s outPixels, KiviSize roi);
+KIV_API KivStatus kiviInterpolateChromaBottom_H264_8u_C1R(const Kiv8u *src, Kiv32s srcStep, Kiv8u *dst, Kiv32s dstStep, Kiv32s dx, Kiv32s dy, Kiv32s outPixels, KiviSize roi);
+/* 16-bit luma prediction. Statuses: NullPointer (p, p->pSrc, p->pDst);
+ * BadStep (srcStep below the width, or width above dstStep); BadArgument (dx,
+ * then dy, outside 0..3); BadSize (height, then width, not 4, 8 or 16; then
+ * 4x16 and 16x4). */
+KIV_API KivStatus kiviInterpolateLuma_H264_16u_C1R(const KivInterpolate_16u *p);
+/* 16-bit chroma prediction. Statuses: NullPointer (p, p->pSrc, p->pDst);
+ * BadStep (srcStep or dstStep below 8); BadArgument (dx, then dy, outside
+ * 0..7); BadSize (height, then width, not 2, 4, 8 or 16). */
+KIV_API KivStatus kiviInterpolateChroma_H264_16u_C1R(const KivInterpolate_16u *p);
+/* 16-bit Top and Bottom functions: the checks of the matching plain function,
+ * then the edge-row replacement of the 8-bit Top and Bottom functions. Only
+ * the samples the filter uses are read (chroma: the chroma region). */
+KIV_API KivStatus kiviInterpolateLumaTop_H264_16u_C1R(const KivInterpolate_16u *p, Kiv32s outPixels);
+KIV_API KivStatus kiviInterpolateLumaBottom_H264_16u_C1R(const KivInterpolate_16u *p, Kiv32s outPixels);
+KIV_API KivStatus kiviInterpolateChromaTop_H264_16u_C1R(const KivInterpolate_16u *p, Kiv32s outPixels);
+KIV_API KivStatus kiviInterpolateChromaBottom_H264_16u_C1R(const KivInterpolate_16u *p, Kiv32s outPixels);
+/* Luma prediction of a block from a whole reference plane with the motion
+ * vector of the record; samples outside the plane are those of the nearest
+ * edge (coordinates clamped). A zero vector copies the block from the block
+ * position without any edge test. Statuses: NullPointer (p, pSrc1, pDst1);
+ * BadSize (height not a multiple of 4, or width with a bit other than those
+ * of 4, 8, 16). Reads only inside the plane, except for the zero vector.
+ * Our choices: blocks larger than 16x16 are predicted in 16x16 tiles (same
+ * result); with a non-zero vector whose region leaves a picture smaller than
+ * 1x1, nothing is written. */
+KIV_API KivStatus kiviInterpolateLumaBlock_H264_8u_P1R(const KivInterpolateBlock_8u *p);
+KIV_API KivStatus kiviInterpolateLumaBlock_H264_16u_P1R(const KivInterpolateBlock_16u *p);
+/* Chroma prediction of both planes (Cb into pDst1, Cr into pDst2) as the
+ * luma Block function. Statuses: NullPointer (p, pSrc1, pSrc2, pDst1,
+ * pDst2); BadSize (height odd, or width with a bit other than those of 2, 4,
+ * 8). */
+KIV_API KivStatus kiviInterpolateChromaBlock_H264_8u_P2R(const KivInterpolateBlock_8u *p);
+KIV_API KivStatus kiviInterpolateChromaBlock_H264_16u_P2R(const KivInterpolateBlock_16u *p);
+/* The edge path of the Block functions: reads the reference region of w
+ * (regionX, regionY, pictureWidth, pictureHeight; pSrc is the plane's
+ * top-left) with edge replication into a stack buffer and runs the kernel of
+ * kernelType (luma) or of xFrac, yFrac (chroma) into pDst (and, chroma, from
+ * pSrc2 into pDst2). The region's size is derived from the block size and
+ * the fractions. Our choice: boundaryCase is not needed and not read, the
+ * crossed edges are derived from the geometry (tile by tile for blocks above
+ * 16x16), so a wrong case cannot make the function read outside the plane.
+ * A picture smaller than 1x1 writes nothing. No checks; returns Ok (also for
+ * a null record, which is ignored). The record is left unchanged. */
+KIV_API KivStatus kiviInterpolateBoundaryLumaBlock_H264_8u(Kiv32u boundaryCase, KivInterpolationParams *w);
+KIV_API KivStatus kiviInterpolateBoundaryChromaBlock_H264_8u(Kiv32u boundaryCase, KivInterpolationParams *w);
+KIV_API KivStatus kiviInterpolateBoundaryLumaBlock_H264_16u(Kiv32u boundaryCase, KivInterpolationParams *w);
+KIV_API KivStatus kiviInterpolateBoundaryChromaBlock_H264_16u(Kiv32u boundaryCase, KivInterpolationParams *w);
+/* Reads the region (regionX, regionY, regionWidth x regionHeight) of the
+ * plane at pSrc (pictureWidth x pictureHeight) into pDst as if every sample
+ * were read at clamped coordinates. boundaryCase (bit 0 left, 1 right, 2 top,
+ * 3 bottom; higher bits ignored) must name the edges the region crosses:
+ * edges not named are not clamped. Case 0 reads nothing. No checks; returns
+ * Ok (a null record is ignored). */
+KIV_API KivStatus kiviReadDataBlockThroughBoundary_8u(Kiv32u boundaryCase, KivInterpolationParams *w);
+KIV_API KivStatus kiviReadDataBlockThroughBoundary_16u(Kiv32u boundaryCase, KivInterpolationParams *w);
+/* dst = (src1 + src2 + 1) >> 1 over width x height, one step for all three
+ * blocks. Statuses: NullPointer (src1, src2, dst); BadSize (width or height
+ * outside 2..16, odd sizes included). */
+KIV_API KivStatus kiviInterpolateBlock_H264_8u_P2P1R(const Kiv8u *src1, const Kiv8u *src2, Kiv8u *dst, Kiv32u width, Kiv32u height, Kiv32s step);
+/* As the P2P1R function with a step per block. */
+KIV_API KivStatus kiviInterpolateBlock_H264_8u_P3P1R(const Kiv8u *src1, const Kiv8u *src2, Kiv8u *dst, Kiv32u width, Kiv32u height, Kiv32s src1Step, Kiv32s src2Step, Kiv32s dstStep);
+
+/* Weighted prediction. Products and sums are those of signed 32-bit
+ * arithmetic (they wrap only far outside the weights H.264 allows); shift
+ * counts are taken modulo 32. 8-bit results clamp to 0..255 (by comparison,
+ * so any value clamps the same way), 16-bit results to 0..(1 << bitDepth) - 1. Offsets are added unscaled. The size check
+ * (BadSize) fails when height, then width, is not 2, 4, 8 or 16. */
+
+/* Record of the 16-bit bidirectional functions (steps in samples). */
+typedef struct {
+    const Kiv16u *pSrc1;
+    Kiv32s src1Step;
+    const Kiv16u *pSrc2;
+    Kiv32s src2Step;
+    Kiv16u *pDst;
+    Kiv32s dstStep;
+    Kiv32s width, height;
+    Kiv32s bitDepth;
+} KivBidir_16u;
+
+/* In place: d = clamp(((s * weight + 2^(logWD - 1)) >> logWD) + offset), or
+ * clamp(s * weight + offset) when logWD is 0. Statuses: NullPointer
+ * (pSrcDst); BadStep (step below the width); BadSize. */
+KIV_API KivStatus kiviUniDirWeightBlock_H264_8u_C1R(Kiv8u *pSrcDst, Kiv32s step, Kiv32u logWD, Kiv32s weight, Kiv32s offset, KiviSize roi);
+/* The same function. */
+KIV_API KivStatus kiviUniDirWeightBlock_H264_8u_C1IR(Kiv8u *pSrcDst, Kiv32s step, Kiv32u logWD, Kiv32s weight, Kiv32s offset, KiviSize roi);
+/* 16-bit unidirectional weighting (step in samples); statuses as 8-bit. */
+KIV_API KivStatus kiviUnidirWeight_H264_16u_IP2P1R(Kiv16u *pSrcDst, Kiv32s step, Kiv32u logWD, Kiv32s weight, Kiv32s offset, KiviSize roi, Kiv32s bitDepth);
+/* d = clamp(((s1 * w1 + s2 * w2 + 2^logWD) >> (logWD + 1)) + ((o1 + o2 + 1) >> 1)).
+ * Statuses: NullPointer (src1, src2, dst); BadStep (srcStep or dstStep below
+ * the width); BadSize. */
+KIV_API KivStatus kiviBiDirWeightBlock_H264_8u_P2P1R(const Kiv8u *pSrc1, const Kiv8u *pSrc2, Kiv8u *pDst, Kiv32s srcStep, Kiv32s dstStep, Kiv32s logWD, Kiv32s weight1, Kiv32s offset1, Kiv32s weight2, Kiv32s offset2, Kiv32s width, Kiv32s height);
+/* As P2P1R with a step per block; BadStep checks src1Step, src2Step,
+ * dstStep. */
+KIV_API KivStatus kiviBiDirWeightBlock_H264_8u_P3P1R(const Kiv8u *pSrc1, const Kiv8u *pSrc2, Kiv8u *pDst, Kiv32s src1Step, Kiv32s src2Step, Kiv32s dstStep, Kiv32s logWD, Kiv32s weight1, Kiv32s offset1, Kiv32s weight2, Kiv32s offset2, Kiv32s width, Kiv32s height);
+/* d = clamp((s1 * w1 + s2 * w2 + 32) >> 6). Statuses: NullPointer; BadStep
+ * (srcStep or dstStep below the width); BadSize. */
+KIV_API KivStatus kiviBiDirWeightBlockImplicit_H264_8u_P2P1R(const Kiv8u *pSrc1, const Kiv8u *pSrc2, Kiv8u *pDst, Kiv32s srcStep, Kiv32s dstStep, Kiv32s weight1, Kiv32s weight2, Kiv32s width, Kiv32s height);
+/* As the implicit P2P1R function with a step per block. Statuses:
+ * NullPointer only; any size (a width or height below 1 writes nothing). */
+KIV_API KivStatus kiviBiDirWeightBlockImplicit_H264_8u_P3P1R(const Kiv8u *pSrc1, const Kiv8u *pSrc2, Kiv8u *pDst, Kiv32s src1Step, Kiv32s src2Step, Kiv32s dstStep, Kiv32s weight1, Kiv32s weight2, Kiv32s width, Kiv32s height);
+/* 16-bit explicit bidirectional weighting. Statuses: NullPointer (p,
+ * p->pSrc1, p->pSrc2, p->pDst); BadStep (src1Step, src2Step, dstStep below
+ * the width, in that order); BadSize. */
+KIV_API KivStatus kiviBidirWeight_H264_16u_P2P1R(const KivBidir_16u *p, Kiv32s logWD, Kiv32s weight1, Kiv32s offset1, Kiv32s weight2, Kiv32s offset2);
+/* 16-bit implicit bidirectional weighting; statuses as the explicit one. */
+KIV_API KivStatus kiviBidirWeightImplicit_H264_16u_P2P1R(const KivBidir_16u *p, Kiv32s weight1, Kiv32s weight2);
+/* d = (s1 + s2 + 1) >> 1; bitDepth is not read. Statuses: NullPointer (p and
+ * its three pointers); BadSize (width, then height, outside 2..16). */
+KIV_API KivStatus kiviBidir_H264_16u_P2P1R(const KivBidir_16u *p);
+/* In place on pSrcDst: d = clamp(((s1 * w1 + r + d * w2) >> shift) + offset),
+ * r = 2^(shift - 1) when shift >= 1 (shift taken modulo 32). Statuses:
+ * NullPointer (pSrc1, pSrcDst); BadStep (step below the width); BadSize. */
+KIV_API KivStatus kiviWeightedAverage_H264_8u_C1IR(const Kiv8u *pSrc1, Kiv8u *pSrcDst, Kiv32s step, Kiv32s weight1, Kiv32s weight2, Kiv32s shift, Kiv32s offset, Kiv32s width, Kiv32s height);
+/* Pads a picture by replicating its edge samples into `expansion` samples on
+ * every side. plane is the picture's top-left sample; the caller provides the
+ * margins (step >= width + 2 * expansion). Mode 0 pads the frame; mode 1 the
+ * field of even rows (ceil(e/2) rows below, floor(e/2) above), mode 2 the
+ * field of odd rows (floor(e/2) below, ceil(e/2) above), each within the
+ * frame's margins and step. Statuses: NullPointer; BadSize (height odd,
+ * below 2, or width 0); Ok at once for expansion 0; BadArgument (mode not 0,
+ * 1, 2). Our choice: a negative width or expansion writes nothing. */
+KIV_API KivStatus kiviExpandPlane_H264_8u_C1R(Kiv8u *plane, Kiv32s width, Kiv32s height, Kiv32s step, Kiv32s expansion, Kiv32s mode);
 /* ---- end section: h264 inter ---- */
 
 /* ---- section: h264 deblocking ---- */
