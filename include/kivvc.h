@@ -793,9 +793,296 @@ KIV_API KivStatus kiviTransformInvAddPredLuma8x8_H264_32s16u_C1R(const Kiv16u *p
 /* ---- end section: h264 residual ---- */
 
 /* ---- section: h264 intra ---- */
+/* ---- Intra prediction ----
+ * The block at pSrcDst (its top-left sample) is predicted in place from its
+ * neighbours in the same plane: the row above (p[x, -1]), the column to the
+ * left (p[-1, y]), the sample above-left and, for 4x4, the four samples
+ * above-right. availability tells which may be read: 1 row above, 2 left
+ * column, 32 above-left, 64 above-right (4x4 only); other bits are ignored.
+ * Only the neighbours whose bit is set are read (nothing outside the block
+ * and those samples); the block is the only thing written. Steps in bytes. */
+
+/* 4x4 luma prediction, modes 0 vertical, 1 horizontal, 2 DC, 3 diagonal
+ * down-left, 4 diagonal down-right, 5 vertical-right, 6 horizontal-down,
+ * 7 vertical-left, 8 horizontal-up. A missing group the mode uses is taken as
+ * 128 throughout and the call returns kivStsWarnNeighbourMissing with the
+ * block written; missing above-right samples repeat p[3, -1] without a
+ * warning; DC averages what is there (128 with neither) and never warns.
+ * Statuses: kivStsNullPointer, kivStsBadStep (step < 4), kivStsOutOfRange
+ * (mode > 8), else kivStsOk or kivStsWarnNeighbourMissing. */
+KIV_API KivStatus kiviPredictIntra_4x4_H264_8u_C1IR(Kiv8u* pSrcDst, Kiv32s srcDstStep, Kiv32u mode,
+                                                    Kiv32u availability);
+
+/* 16x16 luma prediction, modes 0 vertical (needs the row above), 1 horizontal
+ * (left column), 2 DC (averages what is there, 128 with neither; never
+ * fails), 3 plane (row above, left column and above-left). Statuses:
+ * kivStsNullPointer, kivStsBadStep (step < 16), kivStsBadIntraPredMode (a
+ * neighbour the mode needs is missing; block untouched), kivStsOutOfRange
+ * (mode > 3), else kivStsOk. */
+KIV_API KivStatus kiviPredictIntra_16x16_H264_8u_C1IR(Kiv8u* pSrcDst, Kiv32s srcDstStep, Kiv32u mode,
+                                                      Kiv32u availability);
+
+/* 8x8 chroma prediction of a 4:2:0 macroblock, modes 0 DC (per 4x4 quarter,
+ * never fails), 1 horizontal (needs the left column), 2 vertical (row above),
+ * 3 plane (row above, left column and above-left). Statuses: as the 16x16
+ * function, with kivStsBadStep for step < 8. */
+KIV_API KivStatus kiviPredictIntraChroma8x8_H264_8u_C1IR(Kiv8u* pSrcDst, Kiv32s srcDstStep, Kiv32u mode,
+                                                         Kiv32u availability);
+
+/* ---- Macroblock reconstruction (flat scaling, 8-bit samples) ----
+ * ppSrcCoeff points to the caller's packed coefficient read pointer: each
+ * block whose coded-block bit is set takes the next 16 coefficients (4 for a
+ * chroma DC block) and the pointer is advanced past them once, at the end of
+ * a successful call; blocks whose bit is clear consume nothing. Coefficient
+ * blocks taken are overwritten. cbp bits: 0 luma DC (Intra16x16), 1..16 luma
+ * 4x4 blocks in decoding order (the Half member: bits 0..7), 17/18 U/V DC,
+ * 19..22 U AC, 23..26 V AC. edgeType: set bit = that neighbouring macroblock
+ * is not available (1 left, 4 above, 16 above-left, 32 above-right). Intra
+ * prediction is as the intra predictors above, block by block in decoding
+ * order; residuals are added with clamping to 0..255 by the flat
+ * dequantise-transform-add rule. Nothing is read outside the macroblock but
+ * its intra neighbours (only those the edge mask allows). Our choices: the
+ * row steps are taken as signed (Kiv32u values above 2^31 are negative steps);
+ * QP arguments are signed. */
+
+/* Intra 4x4 luma macroblock: 16 blocks, modes pMBIntraTypes[k] in decoding
+ * order. Statuses: kivStsNullPointer (ppSrcCoeff, plane, *ppSrcCoeff,
+ * pMBIntraTypes), kivStsOutOfRange (QP outside 0..51; a mode above 8 met
+ * during the walk: earlier blocks stay done, the coefficient pointer is not
+ * written back), else kivStsOk or kivStsWarnNeighbourMissing when any block
+ * used the 128 substitute. */
+KIV_API KivStatus kiviReconstructLumaIntraMB_H264_16s8u_C1R(Kiv16s** ppSrcCoeff, Kiv8u* pSrcDstYPlane,
+                                                            Kiv32u srcDstYStep, const Kiv32u* pMBIntraTypes,
+                                                            Kiv32u cbp4x4, Kiv32s QP, Kiv8u edgeType);
+/* The upper half (blocks k = 0..7, cbp bits 0..7, 8 modes) of the walk above;
+ * the caller positions the plane and passes that half's edge mask. */
+KIV_API KivStatus kiviReconstructLumaIntraHalfMB_H264_16s8u_C1R(Kiv16s** ppSrcCoeff, Kiv8u* pSrcDstYPlane,
+                                                                Kiv32u srcDstYStep, const Kiv32u* pMBIntraTypes,
+                                                                Kiv32u cbp4x2, Kiv32s QP, Kiv8u edgeType);
+/* Inter luma macroblock: the residual of the coded 4x4 blocks added to the
+ * prediction already in the plane. Statuses: kivStsNullPointer (ppSrcCoeff,
+ * plane, *ppSrcCoeff), kivStsOutOfRange (QP outside 0..51), kivStsOk. */
+KIV_API KivStatus kiviReconstructLumaInterMB_H264_16s8u_C1R(Kiv16s** ppSrcCoeff, Kiv8u* pSrcDstYPlane,
+                                                            Kiv32u srcDstYStep, Kiv32u cbp4x4, Kiv32s QP);
+/* Intra 16x16 luma macroblock: 16x16 prediction (mode 0..3), the luma DC
+ * block (bit 0), then every 4x4 block with its DC and, when coded, its AC.
+ * Statuses: kivStsNullPointer (ppSrcCoeff, plane, *ppSrcCoeff),
+ * kivStsOutOfRange (QP outside 0..51, mode outside 0..3),
+ * kivStsBadIntraPredMode (a neighbour the mode needs is missing; nothing
+ * written), kivStsOk. */
+KIV_API KivStatus kiviReconstructLumaIntra16x16MB_H264_16s8u_C1R(Kiv16s** ppSrcCoeff, Kiv8u* pSrcDstYPlane,
+                                                                 Kiv32u srcDstYStep, Kiv32s intraLumaMode,
+                                                                 Kiv32u cbp4x4, Kiv32s QP, Kiv8u edgeType);
+/* 4:2:0 chroma, both planes with one chroma QP (0..39): the two DC blocks
+ * (bits 17, 18) are taken before any AC block. Statuses: kivStsNullPointer
+ * (ppSrcCoeff, U, V, *ppSrcCoeff), kivStsOutOfRange (QP), kivStsOk. */
+KIV_API KivStatus kiviReconstructChromaInterMB_H264_16s8u_P2R(Kiv16s** ppSrcCoeff, Kiv8u* pSrcDstUPlane,
+                                                              Kiv8u* pSrcDstVPlane, Kiv32u srcDstUVStep,
+                                                              Kiv32u cbp4x4, Kiv32s chromaQP);
+/* As the inter member after predicting both planes with the chroma mode (DC
+ * 0, horizontal 1, vertical 2, plane 3). Adds, before writing anything:
+ * kivStsOutOfRange (mode outside 0..3), kivStsBadIntraPredMode (a needed
+ * neighbour missing). */
+KIV_API KivStatus kiviReconstructChromaIntraMB_H264_16s8u_P2R(Kiv16s** ppSrcCoeff, Kiv8u* pSrcDstUPlane,
+                                                              Kiv8u* pSrcDstVPlane, Kiv32u srcDstUVStep,
+                                                              Kiv32s intraChromaMode, Kiv32u cbp4x4,
+                                                              Kiv32s chromaQP, Kiv8u edgeType);
+/* DC prediction only (any other mode: kivStsBadIntraPredMode), the upper
+ * 8x4 of each plane with edgeTypeTop and the lower with edgeTypeBottom, then
+ * the chroma residual; chroma QP 0..51. The Halves name is the same
+ * operation. */
+KIV_API KivStatus kiviReconstructChromaIntraHalfsMB_H264_16s8u_P2R(Kiv16s** ppSrcCoeff, Kiv8u* pSrcDstUPlane,
+                                                                   Kiv8u* pSrcDstVPlane, Kiv32u srcDstUVStep,
+                                                                   Kiv32s intraChromaMode, Kiv32u cbp4x4,
+                                                                   Kiv32s chromaQP, Kiv8u edgeTypeTop,
+                                                                   Kiv8u edgeTypeBottom);
+KIV_API KivStatus kiviReconstructChromaIntraHalvesMB_H264_16s8u_P2R(Kiv16s** ppSrcCoeff, Kiv8u* pSrcDstUPlane,
+                                                                    Kiv8u* pSrcDstVPlane, Kiv32u srcDstUVStep,
+                                                                    Kiv32s intraChromaMode, Kiv32u cbp4x4,
+                                                                    Kiv32s chromaQP, Kiv8u edgeTypeTop,
+                                                                    Kiv8u edgeTypeBottom);
+
+/* ---- Macroblock reconstruction (scaling lists, 8-bit samples) ----
+ * As the flat members, with scaling-list arithmetic: pQuantTable (per plane
+ * for chroma) holds the 16 level-scale values for QP % 6 (the plane's QP for
+ * chroma); the luma DC block takes the scaling-list luma DC rule with its
+ * element 0, the chroma DC blocks ((f x ls0) << (QP / 6)) >> 5. bypassFlag
+ * with QP 0 (per plane for chroma) adds the coefficients as they stand,
+ * clamped; our choice for the DC blocks under bypass: they are left as they
+ * are and element i becomes element 0 of block i. Statuses as the flat
+ * members, kivStsNullPointer also for the level-scale pointers (the 4x4
+ * member checks ppSrcDstCoeff, plane, pMBIntraTypes, *ppSrcDstCoeff,
+ * pQuantTable in that order); chroma QPs 0..39. */
+KIV_API KivStatus kiviReconstructLumaIntra4x4MB_H264_16s8u_C1R(Kiv16s** ppSrcDstCoeff, Kiv8u* pSrcDstYPlane,
+                                                               Kiv32u srcDstYStep, const Kiv32u* pMBIntraTypes,
+                                                               Kiv32u cbp4x4, Kiv32u QP, Kiv8u edgeType,
+                                                               const Kiv16s* pQuantTable, Kiv8u bypassFlag);
+KIV_API KivStatus kiviReconstructLumaIntraHalf4x4MB_H264_16s8u_C1R(Kiv16s** ppSrcDstCoeff, Kiv8u* pSrcDstYPlane,
+                                                                   Kiv32u srcDstYStep, const Kiv32u* pMBIntraTypes,
+                                                                   Kiv32u cbp4x2, Kiv32s QP, Kiv8u edgeType,
+                                                                   const Kiv16s* pQuantTable, Kiv8u bypassFlag);
+KIV_API KivStatus kiviReconstructLumaInter4x4MB_H264_16s8u_C1R(Kiv16s** ppSrcDstCoeff, Kiv8u* pSrcDstYPlane,
+                                                               Kiv32u srcDstYStep, Kiv32u cbp4x4, Kiv32s QP,
+                                                               const Kiv16s* pQuantTable, Kiv8u bypassFlag);
+KIV_API KivStatus kiviReconstructLumaIntra_16x16MB_H264_16s8u_C1R(Kiv16s** ppSrcDstCoeff, Kiv8u* pSrcDstYPlane,
+                                                                  Kiv32u srcDstYStep, Kiv32s intraLumaMode,
+                                                                  Kiv32u cbp4x4, Kiv32s QP, Kiv8u edgeType,
+                                                                  const Kiv16s* pQuantTable, Kiv8u bypassFlag);
+KIV_API KivStatus kiviReconstructChromaInter4x4MB_H264_16s8u_P2R(Kiv16s** ppSrcDstCoeff, Kiv8u* pSrcDstUPlane,
+                                                                 Kiv8u* pSrcDstVPlane, Kiv32u srcDstUVStep,
+                                                                 Kiv32u cbp4x4, Kiv32s chromaQPU, Kiv32s chromaQPV,
+                                                                 const Kiv16s* pQuantTableU,
+                                                                 const Kiv16s* pQuantTableV, Kiv8u bypassFlag);
+KIV_API KivStatus kiviReconstructChromaIntra4x4MB_H264_16s8u_P2R(Kiv16s** ppSrcDstCoeff, Kiv8u* pSrcDstUPlane,
+                                                                 Kiv8u* pSrcDstVPlane, Kiv32u srcDstUVStep,
+                                                                 Kiv32s intraChromaMode, Kiv32u cbp4x4,
+                                                                 Kiv32s chromaQPU, Kiv32s chromaQPV, Kiv8u edgeType,
+                                                                 const Kiv16s* pQuantTableU,
+                                                                 const Kiv16s* pQuantTableV, Kiv8u bypassFlag);
+KIV_API KivStatus kiviReconstructChromaIntraHalfs4x4MB_H264_16s8u_P2R(
+    Kiv16s** ppSrcDstCoeff, Kiv8u* pSrcDstUPlane, Kiv8u* pSrcDstVPlane, Kiv32u srcDstUVStep, Kiv32s intraChromaMode,
+    Kiv32u cbp4x4, Kiv32s chromaQPU, Kiv32s chromaQPV, Kiv8u edgeTypeTop, Kiv8u edgeTypeBottom,
+    const Kiv16s* pQuantTableU, const Kiv16s* pQuantTableV, Kiv8u bypassFlag);
+KIV_API KivStatus kiviReconstructChromaIntraHalves4x4MB_H264_16s8u_P2R(
+    Kiv16s** ppSrcDstCoeff, Kiv8u* pSrcDstUPlane, Kiv8u* pSrcDstVPlane, Kiv32u srcDstUVStep, Kiv32s intraChromaMode,
+    Kiv32u cbp4x4, Kiv32s chromaQPU, Kiv32s chromaQPV, Kiv8u edgeTypeTop, Kiv8u edgeTypeBottom,
+    const Kiv16s* pQuantTableU, const Kiv16s* pQuantTableV, Kiv8u bypassFlag);
 /* ---- end section: h264 intra ---- */
 
 /* ---- section: h264 encoder ---- */
+/* H.264 encoder side: forward transforms, quantisers, scaling-list
+ * generators, CAVLC symbol analysis and sums of differences. None reads past
+ * the blocks named in its comment (no look-ahead).
+ *
+ * Common rules of the quantisers: level = sign(t) x ((|t| x m + r) >> s),
+ * sign(0) = +1, with the factor m read as an unsigned 16-bit value and the
+ * product formed exactly; a level magnitude beyond the level type saturates
+ * (to 32767 for 16-bit levels, 2^31 - 1 for 32-bit ones). The forward
+ * transforms of the 16-bit members store each pass to 16 bits (wrapping;
+ * residuals of 8-bit pictures never wrap). The count output is the number of
+ * non-zero levels, negated when the block's DC (as each function says) is
+ * non-zero; the last position is the largest scan-table entry (pScanMatrix[k]
+ * = scan position of raster position k) among the non-zero levels, 0 when
+ * there are none. */
+
+/* Forward 4x4 core transform of the residual pSrc into pDst (16 values), then
+ * quantisation in place with q = QP / 6: without pScaleLevels m =
+ * FwdQuantTable_16s[QP % 6][k], s = q + 15; with it m = pScaleLevels[k], s =
+ * q + 11; r = floor(2^s / 3) when intra is non-zero, floor(2^s / 6)
+ * otherwise. *pNumLevels is negated when level 0 is non-zero. The 16s32s
+ * member transforms at 32 bits and stores 32-bit levels. Statuses:
+ * NullPointer (pSrc, pDst, pNumLevels, pScanMatrix, pLastCoeff), OutOfRange
+ * (QP outside 0..51). */
+KIV_API KivStatus kiviTransformQuantFwd4x4_H264_16s_C1(const Kiv16s *pSrc, Kiv16s *pDst, Kiv32s QP, Kiv32s *pNumLevels, Kiv32s intra, const Kiv16s *pScanMatrix, Kiv32s *pLastCoeff, const Kiv16s *pScaleLevels);
+KIV_API KivStatus kiviTransformQuantFwd4x4_H264_16s32s_C1(const Kiv16s *pSrc, Kiv32s *pDst, Kiv32s QP, Kiv32s *pNumLevels, Kiv32s intra, const Kiv16s *pScanMatrix, Kiv32s *pLastCoeff, const Kiv16s *pScaleLevels);
+/* Intra16x16 luma DC: when needTransform is non-zero pTBuf receives the 4x4
+ * Hadamard of pDCBuf with every value halved (>> 1); otherwise pTBuf is the
+ * caller's transformed block. pTBuf is quantised into pDCBuf with q = QP / 6:
+ * without pScaleLevels m = FwdQuantTable_16s[QP % 6][0], s = q + 16, r =
+ * floor(2^s / 3); with it m = pScaleLevels[0], s = q + 12, r = 682 << (q +
+ * 1). *pNumLevels is negated when pTBuf[0] is non-zero. Statuses:
+ * NullPointer (pDCBuf, pTBuf, pNumLevels, pScanMatrix, pLastCoeff),
+ * OutOfRange (QP outside 0..51). */
+KIV_API KivStatus kiviTransformQuantFwdLumaDC4x4_H264_16s_C1I(Kiv16s *pDCBuf, Kiv16s *pTBuf, Kiv32s QP, Kiv32s *pNumLevels, Kiv32u needTransform, const Kiv16s *pScanMatrix, Kiv32s *pLastCoeff, const Kiv16s *pScaleLevels);
+KIV_API KivStatus kiviTransformQuantFwdLumaDC4x4_H264_32s_C1I(Kiv32s *pDCBuf, Kiv32s *pTBuf, Kiv32s QP, Kiv32s *pNumLevels, Kiv32u needTransform, const Kiv16s *pScanMatrix, Kiv32s *pLastCoeff, const Kiv16s *pScaleLevels);
+/* 4:2:0 chroma DC (4 values): when needTransform is non-zero pTBuf receives
+ * the 2x2 Hadamard of pDCBuf (no halving); pTBuf is quantised into pDCBuf
+ * with q = QP / 6, m = FwdQuantTable_16s[QP % 6][0] and s = q + 16, or m =
+ * pScaleLevels[0] and s = q + 12; r = floor(2^s / 3) (intra) or floor(2^s /
+ * 6). *pNumLevels is negated when level 0 is non-zero. Statuses: NullPointer
+ * (pDCBuf, pTBuf, pNumLevels), OutOfRange (QP outside 0..39). */
+KIV_API KivStatus kiviTransformQuantFwdChromaDC2x2_H264_16s_C1I(Kiv16s *pDCBuf, Kiv16s *pTBuf, Kiv32s QP, Kiv32s *pNumLevels, Kiv32s intra, Kiv32u needTransform, const Kiv16s *pScaleLevels);
+KIV_API KivStatus kiviTransformQuantFwdChromaDC2x2_H264_32s_C1I(Kiv32s *pDCBuf, Kiv32s *pTBuf, Kiv32s QP, Kiv32s *pNumLevels, Kiv32s intra, Kiv32u needTransform, const Kiv16s *pScaleLevels);
+/* 4:2:2 chroma DC (8 values, 2 wide and 4 high): when needTransform is
+ * non-zero pTBuf receives A4 x c x A2; q' = (QP + 3) / 6 and the default
+ * factor is taken at (QP + 3) % 6; s = q' + 16 (q' + 12 with pScaleLevels);
+ * r = 682 << (s - 11) (intra) or 342 << (s - 11). Count and statuses as the
+ * 2x2 member. */
+KIV_API KivStatus kiviTransformQuantFwdChromaDC2x4_H264_16s_C1I(Kiv16s *pDCBuf, Kiv16s *pTBuf, Kiv32s QP, Kiv32s *pNumLevels, Kiv32s intra, Kiv32u needTransform, const Kiv16s *pScaleLevels);
+KIV_API KivStatus kiviTransformQuantFwdChromaDC2x4_H264_32s_C1I(Kiv32s *pDCBuf, Kiv32s *pTBuf, Kiv32s QP, Kiv32s *pNumLevels, Kiv32s intra, Kiv32u needTransform, const Kiv16s *pScaleLevels);
+/* Quantises a transformed 8x8 block: level = sign(t) x ((|t| x
+ * pScaleLevels[k] + ((intra ? 682 : 342) << (Qp6 + 1))) >> (Qp6 + 12)), all
+ * 64 values (pSrc may equal pDst). *pNumLevels is negated when level 0 is
+ * non-zero. Statuses: NullPointer (pSrc, pDst, pScanMatrix, pScaleLevels,
+ * pNumLevels, pLastCoeff), BadQp (Qp6 above 8). */
+KIV_API KivStatus kiviQuantLuma8x8_H264_16s_C1(const Kiv16s *pSrc, Kiv16s *pDst, Kiv32u Qp6, Kiv32s intra, const Kiv16s *pScanMatrix, const Kiv16s *pScaleLevels, Kiv32s *pNumLevels, Kiv32s *pLastCoeff);
+KIV_API KivStatus kiviQuantLuma8x8_H264_32s_C1(const Kiv32s *pSrc, Kiv32s *pDst, Kiv32u Qp6, Kiv32s intra, const Kiv16s *pScanMatrix, const Kiv16s *pScaleLevels, Kiv32s *pNumLevels, Kiv32s *pLastCoeff);
+/* The forward 8x8 transform (8-point butterfly with >> 1 and >> 2 terms on
+ * every row, then every column; no rounding or scaling): in place, to a
+ * separate 16-bit block (each pass stored to 16 bits) or to 32-bit values
+ * (exact). Statuses: NullPointer. */
+KIV_API KivStatus kiviTransformLuma8x8Fwd_H264_16s_C1I(Kiv16s *pSrcDst);
+KIV_API KivStatus kiviTransformFwdLuma8x8_H264_16s_C1(const Kiv16s *pSrc, Kiv16s *pDst);
+KIV_API KivStatus kiviTransformFwdLuma8x8_H264_16s32s_C1(const Kiv16s *pSrc, Kiv32s *pDst);
+/* Level scales of one 4x4 scaling matrix (16 weights, raster order) for
+ * qpRem = QP % 6: inverse[k] = InvQuantTable_def[qpRem][k] x w, forward[k] =
+ * floor(FwdQuantTable_16s[qpRem][k] / w), found through the reciprocal dt[w].
+ * A zero weight is refused with DivByZero before anything is written.
+ * Statuses: NullPointer (pWeights, pInvLevelScale, pFwdLevelScale),
+ * OutOfRange (qpRem outside 0..5), DivByZero. */
+KIV_API KivStatus kiviGenScaleLevel4x4_H264_8u16s_C1(const Kiv8u *pWeights, Kiv16s *pInvLevelScale, Kiv16s *pFwdLevelScale, Kiv32s qpRem);
+/* Level scales of one 8x8 scaling matrix (8 rows of 8 weights, weightStep
+ * bytes apart): inverse[k] = InvLevelScale_8x8_default[qpRem][k] x w,
+ * forward[k] = LevelScale_8x8_default[qpRem][k] / w (truncating). A zero
+ * weight is refused with DivByZero before anything is written. Statuses:
+ * NullPointer (pWeights, pInvLevelScale, pFwdLevelScale), BadQp (qpRem
+ * outside 0..5), DivByZero. */
+KIV_API KivStatus kiviGenScaleLevel8x8_H264_8u16s_D2(const Kiv8u *pWeights, Kiv32s weightStep, Kiv16s *pInvLevelScale, Kiv16s *pFwdLevelScale, Kiv32s qpRem);
+/* CAVLC symbols of the levels pSrc (raster order) at scan positions AC ..
+ * Count, pScanMatrix giving the raster index of each scan position (taken
+ * modulo 16), walked from Count down to AC: TrailingOnes (at most 3), their
+ * signs (bit set for -1, the first met in the highest used bit), TotalCoeff,
+ * total_zeros (zeros below the highest-frequency level; all positions when
+ * there is none), the other levels in reverse scan order (TotalCoeff -
+ * TrailingOnes values) and the run before each level except the last met
+ * (TotalCoeff - 1 values). Statuses: NullPointer (every pointer, in order),
+ * OutOfRange (Count above 15 or AC above Count). */
+KIV_API KivStatus kiviEncodeCoeffsCAVLC_H264_16s(const Kiv16s *pSrc, Kiv8u AC, const Kiv32s *pScanMatrix, Kiv8u Count, Kiv8u *pTrailingOnes, Kiv8u *pTrailingOneSigns, Kiv8u *pNumOutCoeffs, Kiv8u *pTotalZeros, Kiv16s *pLevels, Kiv8u *pRuns);
+KIV_API KivStatus kiviEncodeCoeffsCAVLC_H264_32s(const Kiv32s *pSrc, Kiv8u AC, const Kiv32s *pScanMatrix, Kiv8u Count, Kiv8u *pTrailingOnes, Kiv8u *pTrailingOneSigns, Kiv8u *pNumOutCoeffs, Kiv8u *pTotalZeros, Kiv32s *pLevels, Kiv8u *pRuns);
+/* The same symbols for a 4:2:0 chroma DC block (4 levels, walked 3 down to
+ * 0) and a 4:2:2 one (8 levels, walked 7, 5, 3, 6, 4, 1, 2, 0). Statuses:
+ * NullPointer (every pointer, in order). */
+KIV_API KivStatus kiviEncodeChromaDcCoeffsCAVLC_H264_16s(const Kiv16s *pSrc, Kiv8u *pTrailingOnes, Kiv8u *pTrailingOneSigns, Kiv8u *pNumOutCoeffs, Kiv8u *pTotalZeros, Kiv16s *pLevels, Kiv8u *pRuns);
+KIV_API KivStatus kiviEncodeCoeffsCAVLCChromaDC2x2_H264_32s(const Kiv32s *pSrc, Kiv8u *pTrailingOnes, Kiv8u *pTrailingOneSigns, Kiv8u *pNumOutCoeffs, Kiv8u *pTotalZeros, Kiv32s *pLevels, Kiv8u *pRuns);
+KIV_API KivStatus kiviEncodeCoeffsCAVLCChromaDC2x4_H264_16s(const Kiv16s *pSrc, Kiv8u *pTrailingOnes, Kiv8u *pTrailingOneSigns, Kiv8u *pNumOutCoeffs, Kiv8u *pTotalZeros, Kiv16s *pLevels, Kiv8u *pRuns);
+KIV_API KivStatus kiviEncodeCoeffsCAVLCChromaDC2x4_H264_32s(const Kiv32s *pSrc, Kiv8u *pTrailingOnes, Kiv8u *pTrailingOneSigns, Kiv8u *pNumOutCoeffs, Kiv8u *pTotalZeros, Kiv32s *pLevels, Kiv8u *pRuns);
+/* Flat-scaling residual quantiser, in place: the forward core transform of
+ * the 16 residuals, then quantisation with m = FwdQuantTable_16s[QP % 6][k],
+ * s = QP / 6 + 15, r = floor(2^s / 3) (intra) or floor(2^s / 6). When a level
+ * magnitude exceeds 2063 the call returns LevelOutOfRange: the levels of the
+ * raster positions before the first such level are stored, the block keeps
+ * the transformed values from there on, and the counts are not written.
+ * Otherwise *pNumLevels gets the count as a signed byte (negated when level 0
+ * is non-zero) and *pLastCoeff the last scan position, limited to 7 bits.
+ * Statuses: NullPointer (pSrcDst, pNumLevels, pScanMatrix, pLastCoeff),
+ * OutOfRange (QP outside 0..51), LevelOutOfRange. */
+KIV_API KivStatus kiviTransformQuantResidual_H264_16s_C1I(Kiv16s *pSrcDst, Kiv32s QP, Kiv8s *pNumLevels, Kiv8u intra, const Kiv16s *pScanMatrix, Kiv8u *pLastCoeff);
+/* Flat-scaling luma DC quantiser: the rule of
+ * kiviTransformQuantFwdLumaDC4x4_H264_16s_C1I without a scale (always the
+ * intra rounding floor(2^s / 3), s = QP / 6 + 16), with the level bound, the
+ * signed-byte count (negated when pTBuf[0] is non-zero) and 7-bit last
+ * position of kiviTransformQuantResidual_H264_16s_C1I. On LevelOutOfRange
+ * pTBuf holds the transformed block, pDCBuf the levels before the first
+ * offending raster position and its input values from there on. Statuses:
+ * NullPointer (pDCBuf, pTBuf, pNumLevels, pScanMatrix, pLastCoeff),
+ * OutOfRange (QP outside 0..51), LevelOutOfRange. */
+KIV_API KivStatus kiviTransformQuantLumaDC_H264_16s_C1I(Kiv16s *pDCBuf, Kiv16s *pTBuf, Kiv32s QP, Kiv8s *pNumLevels, Kiv8u needTransform, const Kiv16s *pScanMatrix, Kiv8u *pLastCoeff);
+/* Flat-scaling 4:2:0 chroma DC quantiser: the rule of
+ * kiviTransformQuantFwdChromaDC2x2_H264_16s_C1I without a scale, with the
+ * level bound 2063 (as the luma DC quantiser) and the count as a signed byte
+ * (negated when level 0 is non-zero). Statuses: NullPointer (pDCBuf, pTBuf,
+ * pNumLevels), OutOfRange (QP outside 0..39), LevelOutOfRange. */
+KIV_API KivStatus kiviTransformQuantChromaDC_H264_16s_C1I(Kiv16s *pDCBuf, Kiv16s *pTBuf, Kiv32s QP, Kiv8s *pNumLevels, Kiv8u intra, Kiv8u needTransform);
+/* Per 4x4 block of a 16x16 (16 blocks) or 8x8 (4 blocks) area, in raster
+ * order of the blocks: the sum of pSrc - pPred over its 16 samples; pDiff,
+ * when not null, receives the 16 differences of each block (raster order
+ * inside the block), block after block. Steps are in bytes. The 16u32s
+ * members store each difference to 16 bits (wrapping beyond 16-bit range).
+ * Statuses: NullPointer (pSrc, pPred, pSums). */
+KIV_API KivStatus kiviSumsDiff16x16Blocks4x4_8u16s_C1(const Kiv8u *pSrc, Kiv32s srcStep, const Kiv8u *pPred, Kiv32s predStep, Kiv16s *pSums, Kiv16s *pDiff);
+KIV_API KivStatus kiviSumsDiff8x8Blocks4x4_8u16s_C1(const Kiv8u *pSrc, Kiv32s srcStep, const Kiv8u *pPred, Kiv32s predStep, Kiv16s *pSums, Kiv16s *pDiff);
+KIV_API KivStatus kiviSumsDiff16x16Blocks4x4_16u32s_C1R(const Kiv16u *pSrc, Kiv32s srcStep, const Kiv16u *pPred, Kiv32s predStep, Kiv32s *pSums, Kiv16s *pDiff);
+KIV_API KivStatus kiviSumsDiff8x8Blocks4x4_16u32s_C1R(const Kiv16u *pSrc, Kiv32s srcStep, const Kiv16u *pPred, Kiv32s predStep, Kiv32s *pSums, Kiv16s *pDiff);
 /* ---- end section: h264 encoder ---- */
 
 /* ---- section: h264 inter ---- */
@@ -1405,6 +1692,176 @@ KIV_API KivStatus kiviFilterDeblocking8x8VerEdge_MPEG4_8u_C1IR(Kiv8u *pSrcDst, i
 /* ---- end section: mpeg4 sprite and postfilter ---- */
 
 /* ---- section: h263 ---- */
+/* ======================================================================== */
+/* H.263 and H.261                                                          */
+/* ======================================================================== */
+/* ---- Edge filters. Each call filters one edge of a picture in place; the
+ * pointer addresses the first sample after the edge (the leftmost sample of
+ * the row below a horizontal edge, the topmost sample of the column right of
+ * a vertical edge). Across the edge A, B (before it, A the farther) and C, D
+ * (after it) name the four samples of a line; every line is filtered from
+ * its own unfiltered samples. Steps are not validated; the functions read
+ * and write only the lines and samples listed. ---- */
+
+/* Deblocking filter of one 8-sample horizontal edge (8 columns, rows -2..+1):
+ * d = (A - 4B + 4C - D) / 8 (truncating), d1 = d while |d| <= S falling
+ * linearly to 0 at |d| = 2S, S = the strength of QP; B += d1, C -= d1
+ * (clipped to 0..255); d2 = (A - D) / 4 limited to +-(|d1| >> 1), A -= d2,
+ * D += d2. Statuses in order: NullPointer, BadQp (QP outside 1..31). */
+KIV_API KivStatus kiviFilterDeblocking8x8HorEdge_H263_8u_C1IR(Kiv8u *pSrcDst, Kiv32s srcdstStep, Kiv32s QP);
+/* As the horizontal form, for a vertical edge (8 rows, columns -2..+1). */
+KIV_API KivStatus kiviFilterDeblocking8x8VerEdge_H263_8u_C1IR(Kiv8u *pSrcDst, Kiv32s srcdstStep, Kiv32s QP);
+/* Deblocking of a 16-sample horizontal edge (16 columns, rows -2..+1) with
+ * unlimited strength: d1 = d. Statuses: NullPointer. */
+KIV_API KivStatus kiviFilterDeblocking16x16HorEdge_H263_8u_C1IR(Kiv8u *pSrcDst, Kiv32s srcdstStep);
+/* As the horizontal form, for a vertical edge (16 rows, columns -2..+1). */
+KIV_API KivStatus kiviFilterDeblocking16x16VerEdge_H263_8u_C1IR(Kiv8u *pSrcDst, Kiv32s srcdstStep);
+/* Block-boundary filter of a 16-sample horizontal edge (16 columns, rows -1
+ * and 0 as a and b): a' = (3a + b + 2) >> 2, b' = (a + 3b + 2) >> 2.
+ * Statuses: NullPointer. */
+KIV_API KivStatus kiviFilterBlockBoundaryHorEdge_H263_8u_C1IR(Kiv8u *pSrcDst, Kiv32s srcdstStep);
+/* As the horizontal form, for a vertical edge (16 rows, columns -1 and 0). */
+KIV_API KivStatus kiviFilterBlockBoundaryVerEdge_H263_8u_C1IR(Kiv8u *pSrcDst, Kiv32s srcdstStep);
+
+/* ---- H.261. Bitstream functions use the byte cursor (*ppBitStream the
+ * current byte, *pBitOffset the bits of it already consumed, 0..7). Every
+ * read loads the four bytes that start at the byte holding the next unread
+ * bit, so the buffer must stay readable three bytes past the byte holding
+ * the last bit of the block's codes (on a corrupt stream: past the byte where
+ * the first invalid bit pattern starts). Scan: -1 no reordering (position k is element
+ * k), any other value zigzag. Blocks are 64 row-major Kiv16s, cleared by the
+ * decoders before decoding. ---- */
+
+/* Loop filter of an 8x8 block: a 1/4, 1/2, 1/4 filter along rows then
+ * columns at full precision ((sum + 8) >> 4), the outer rows and columns
+ * keeping the identity in their direction. Source and destination must not
+ * overlap. Statuses: NullPointer (pSrc, pDst). */
+KIV_API KivStatus kiviFilter8x8_H261_8u_C1R(const Kiv8u *pSrc, int srcStep, Kiv8u *pDst, int dstStep);
+/* Decodes an intra block: the INTRADC (0 and 128 refused with
+ * BadBitstreamCode, last position -1, nothing consumed), then TCOEFF codes up
+ * to end of block; element 0 receives the DC level (255 read as 128) whatever
+ * the outcome of the AC codes. *pIndxLastNonZero receives the scan position
+ * of the last coefficient (0 for a DC-only block). A forbidden escape level
+ * (0, -128), a code-less bit pattern or a run past position 63 gives
+ * BadBitstreamCode with the cursor just past the INTRADC and the last
+ * position reached stored. Statuses in order: NullPointer (ppBitStream,
+ * pBitOffset, then *ppBitStream, pCoef, pIndxLastNonZero), BadBitOffset,
+ * BadBitstreamCode. */
+KIV_API KivStatus kiviDecodeCoeffsIntra_H261_1u16s(Kiv8u **ppBitStream, int *pBitOffset, Kiv16s *pCoef, int *pIndxLastNonZero, int scan);
+/* Decodes an inter block: a first code '1s' is run 0, level +-1; then
+ * TCOEFF codes up to end of block. Last position -1 for an immediate end of
+ * block. On an error the cursor is unchanged. Statuses as the intra form. */
+KIV_API KivStatus kiviDecodeCoeffsInter_H261_1u16s(Kiv8u **ppBitStream, int *pBitOffset, Kiv16s *pCoef, int *pIndxLastNonZero, int scan);
+/* Encodes an intra block: the INTRADC (level 128 as 255, others as their low
+ * 8 bits), then the nonzero levels of positions 1..63 until countNonZero
+ * levels (the DC included) are written, then end of block. Levels without a
+ * code use the escape with the level's low 8 bits. Choices: countNonZero is
+ * trusted; a count above the block's levels ends the block after position
+ * 63, and levels outside -127..127 are written as their low 8 bits.
+ * Statuses in order: NullPointer (pQCoef, ppBitStream, pBitOffset, then
+ * *ppBitStream), BadBitOffset, OutOfRange (countNonZero outside 1..64). */
+KIV_API KivStatus kiviEncodeCoeffsIntra_H261_16s1u(const Kiv16s *pQCoef, Kiv8u **ppBitStream, int *pBitOffset, int countNonZero, int scan);
+/* Encodes an inter block: a nonzero element 0 is the first coefficient
+ * ('1s' for +-1, its run-0 code or the escape otherwise); the rest as the
+ * intra form. Statuses as the intra form. */
+KIV_API KivStatus kiviEncodeCoeffsInter_H261_16s1u(const Kiv16s *pQCoef, Kiv8u **ppBitStream, int *pBitOffset, int countNonZero, int scan);
+/* Decodes and reconstructs an intra block in zigzag order: element 0 = 8 x
+ * INTRADC (1024 for 255), each AC level L = sign(L) (2 QUANT |L| + q), q =
+ * QUANT (odd) or QUANT - 1 (even), limited to -2048..2047. On any error the
+ * cursor is unchanged (an invalid INTRADC sets the last position to -1).
+ * Statuses in order: NullPointer (ppBitStream, pBitOffset, then
+ * *ppBitStream, pCoef, pIndxLastNonZero), BadBitOffset, BadQp (QUANT
+ * outside 1..31), BadBitstreamCode. */
+KIV_API KivStatus kiviReconstructCoeffsIntra_H261_1u16s(Kiv8u **ppBitStream, int *pBitOffset, Kiv16s *pCoef, int *pIndxLastNonZero, int QUANT);
+/* As the intra form for an inter block (first code '1s' reconstructed as
+ * +-(2 QUANT + q)). */
+KIV_API KivStatus kiviReconstructCoeffsInter_H261_1u16s(Kiv8u **ppBitStream, int *pBitOffset, Kiv16s *pCoef, int *pIndxLastNonZero, int QUANT);
+
+/* ---- H.263 quantisation and coefficient coding. Blocks are 64 row-major
+ * Kiv16s. R(QP) = 65536 / (2 QP) + 1. Bitstream functions use the byte
+ * cursor with the look-ahead of the H.261 readers: every read loads the four
+ * bytes that start at the byte holding the next unread bit, so the buffer
+ * must stay readable three bytes past the byte holding the last bit of the
+ * block's codes (on a corrupt stream: past the byte where the first invalid
+ * bit pattern starts). Scan in the decoders and encoders: 0 zigzag, 1 alternate vertical,
+ * 2 alternate horizontal, any other value no reordering. Flags: advIntraFlag
+ * (advanced intra coding: DC coded with the AC levels, alternative INTRA
+ * table, no odd offset), modQuantFlag (modified quantisation: no level limit
+ * at small QP, extended escape for |level| >= 128). ---- */
+
+/* Quantises an intra block in place. Without advanced intra coding: the AC
+ * levels are sign(c) ((|c| R(QP)) >> 16), limited to +-127 when QP < 8 and
+ * modQuantFlag is 0; element 0 becomes (DC + 4) >> 3 (floor) with 0 replaced
+ * by 1 and 255 by 254, and counts as nonzero. With advanced intra coding all
+ * 64 elements are sign(c) ((min(|c| + 3QP/4, 32767) R(QP)) >> 16), limited to
+ * +-127 unless modQuantFlag. *pCount (skipped when null) receives the number
+ * of nonzero levels. Statuses in order: NullPointer (pSrcDst), BadQp (QP
+ * outside 1..31). */
+KIV_API KivStatus kiviQuantIntra_H263_16s_C1I(Kiv16s *pSrcDst, int QP, int *pCount, int advIntraFlag, int modQuantFlag);
+/* Quantises an inter block in place: sign(c) ((max(|c| - QP/2, 0) R(QP)) >>
+ * 16), limited to +-127 when QP < 8 and modQuantFlag is 0. Statuses as the
+ * intra form. */
+KIV_API KivStatus kiviQuantInter_H263_16s_C1I(Kiv16s *pSrcDst, int QP, int *pCount, int modQuantFlag);
+/* Inverse quantises elements 0..indxLastNonZero of an intra block in place
+ * (zero stays zero). Advanced intra coding: 2 QP L wrapped to 16 bits, DC
+ * included. Otherwise element 0 becomes 8 L (16 bits) and the AC elements
+ * (none when the last index is 0) sign(L) (2 QP |L| + q), q = QP odd or
+ * QP - 1 even, limited to -2048..2047, or saturated to 16 bits with
+ * modQuantFlag. Choice: a last index above 63 is taken as 63. Statuses in
+ * order: NullPointer, BadQp, OutOfRange (last index below 0). */
+KIV_API KivStatus kiviQuantInvIntra_H263_16s_C1I(Kiv16s *pSrcDst, int indxLastNonZero, int QP, int advIntraFlag, int modQuantFlag);
+/* As the intra form for an inter block: every element by the odd-offset rule. */
+KIV_API KivStatus kiviQuantInvInter_H263_16s_C1I(Kiv16s *pSrcDst, int indxLastNonZero, int QP, int modQuantFlag);
+/* Decodes an INTRADC: 8 bits, 255 gives 128; 0 and 128 give
+ * BadBitstreamCode with nothing consumed or written. The byte pointer
+ * advances by one. Statuses in order: NullPointer (ppBitStream, pBitOffset,
+ * then *ppBitStream, pDC), BadBitOffset, BadBitstreamCode. */
+KIV_API KivStatus kiviDecodeDCIntra_H263_1u16s(Kiv8u **ppBitStream, int *pBitOffset, Kiv16s *pDC);
+/* Writes an INTRADC: the level's low 8 bits, 128 as 255. Statuses in order:
+ * NullPointer (ppBitStream, pBitOffset, then *ppBitStream), BadBitOffset. */
+KIV_API KivStatus kiviEncodeDCIntra_H263_16s1u(Kiv16s qDC, Kiv8u **ppBitStream, int *pBitOffset);
+/* Decodes the TCOEF codes of an intra block up to the code with LAST = 1.
+ * The block is cleared first, except element 0 without advanced intra
+ * coding (the INTRADC, decoded separately; its codes then start at scan
+ * position 1). *pIndxLastNonZero receives the scan position of the last
+ * coefficient. A code-less bit pattern, a forbidden escape level (0; -128
+ * without modified quantisation) or a run past position 63 gives
+ * BadBitstreamCode with the cursor unchanged, the block partly filled and
+ * the last position reached stored. Statuses in order: NullPointer
+ * (ppBitStream, pBitOffset, *ppBitStream, pCoef, pIndxLastNonZero),
+ * BadBitOffset, BadBitstreamCode. */
+KIV_API KivStatus kiviDecodeCoeffsIntra_H263_1u16s(Kiv8u **ppBitStream, int *pBitOffset, Kiv16s *pCoef, int *pIndxLastNonZero, int advIntraFlag, int modQuantFlag, int scan);
+/* As the intra form for an inter block (ordinary table, from position 0). */
+KIV_API KivStatus kiviDecodeCoeffsInter_H263_1u16s(Kiv8u **ppBitStream, int *pBitOffset, Kiv16s *pCoef, int *pIndxLastNonZero, int modQuantFlag, int scan);
+/* Encodes the first countNonZero nonzero levels of an intra block in scan
+ * order (from position 1 without advanced intra coding, 0 with it), the last
+ * of them with LAST = 1; levels without a code take the escape, or with
+ * modQuantFlag and |level| >= 128 the extended escape. Choices: countNonZero
+ * is trusted (a count above the block's levels leaves the block without a
+ * LAST code) and levels beyond the codable range (+-127, or -1024..1023 with
+ * modified quantisation) are written as their low bits. Statuses in order:
+ * NullPointer (ppBitStream, pBitOffset, pQCoef, then *ppBitStream),
+ * BadBitOffset, OutOfRange (countNonZero outside 1..64). */
+KIV_API KivStatus kiviEncodeCoeffsIntra_H263_16s1u(const Kiv16s *pQCoef, Kiv8u **ppBitStream, int *pBitOffset, int countNonZero, int advIntraFlag, int modQuantFlag, int scan);
+/* As the intra form for an inter block (ordinary table, from position 0). */
+KIV_API KivStatus kiviEncodeCoeffsInter_H263_16s1u(const Kiv16s *pQCoef, Kiv8u **ppBitStream, int *pBitOffset, int countNonZero, int modQuantFlag, int scan);
+/* Decodes and reconstructs an intra block. With advanced intra coding: the
+ * block is cleared, the codes start at position -1 in the alternative table,
+ * scan 1 alternate vertical, 2 alternate horizontal, other zigzag, each level
+ * stored as 2 QP L (16 bits). Without: the INTRADC first (invalid: last
+ * position -1, BadBitstreamCode, nothing consumed); with cbp 0 the last
+ * position is 0 and only element 0 is written; else the block is cleared
+ * and the AC codes are decoded in zigzag order as sign(L) (2 QP |L| + q),
+ * limited to -2048..2047 (with modQuantFlag unlimited, wrapped to 16 bits);
+ * element 0 then becomes 8 x DC (1024 for 255), and an AC error is returned
+ * with the cursor just past the INTRADC. Other errors leave the cursor
+ * unchanged. Statuses in order: NullPointer (ppBitStream, pBitOffset, then
+ * *ppBitStream, pCoef, pIndxLastNonZero), BadBitOffset, BadQp,
+ * BadBitstreamCode. */
+KIV_API KivStatus kiviReconstructCoeffsIntra_H263_1u16s(Kiv8u **ppBitStream, int *pBitOffset, Kiv16s *pCoef, int *pIndxLastNonZero, int cbp, int QP, int advIntraFlag, int scan, int modQuantFlag);
+/* Decodes and reconstructs an inter block in zigzag order by the odd-offset
+ * rule (as the intra form). Statuses as the intra form. */
+KIV_API KivStatus kiviReconstructCoeffsInter_H263_1u16s(Kiv8u **ppBitStream, int *pBitOffset, Kiv16s *pCoef, int *pIndxLastNonZero, int QP, int modQuantFlag);
 /* ---- end section: h263 ---- */
 
 /* ---- section: vc1 ---- */

@@ -1,0 +1,54 @@
+// H.264 intra prediction: kernel signatures and the family table.
+//
+// Every kernel predicts one block from neighbour values already gathered
+// (and substituted) by its caller into small arrays:
+//   top[-1]      the sample above-left,
+//   top[0..N-1]  the row above, and for 4x4 top[4..7] the samples above-right,
+//   left[0..N-1] the column to the left, top to bottom.
+// Kernels never read the picture around the block, never check and never
+// return a status; they write exactly the N x N block at dst (step in bytes).
+#pragma once
+#include <cstdint>
+
+#include "core/cpu.h"
+
+namespace kivvc::h264::intra {
+
+using u8 = std::uint8_t;
+using u16 = std::uint16_t;
+
+using PredFn = void (*)(const u8* top, const u8* left, u8* dst, int step);
+// 9..14-bit samples; bitDepth bounds the plane prediction's clamp.
+using PredHbdFn = void (*)(const u16* top, const u16* left, u16* dst, int step, int bitDepth);
+
+// Neighbour groups (the bits of the exported availability mask).
+inline constexpr unsigned kTop = 1, kLeft = 2, kAboveLeft = 32, kAboveRight = 64;
+
+// Index of a DC table entry: bit 0 = row above present, bit 1 = left column.
+inline constexpr int dc_index(bool top, bool left) { return (top ? 1 : 0) | (left ? 2 : 0); }
+
+// Chroma mode numbers differ from the 16x16 luma ones.
+enum ChromaMode { kChromaDc = 0, kChromaHorizontal = 1, kChromaVertical = 2, kChromaPlane = 3 };
+
+struct Table {
+    PredFn pred4x4[9];        // by 4x4 mode; [2] is DC with both neighbours
+    PredFn dc4x4[4];          // by dc_index
+    PredFn pred16x16[4];      // by 16x16 mode; [2] is DC with both
+    PredFn dc16x16[4];        // by dc_index
+    PredFn pred_chroma8x8[4]; // by chroma mode; [0] is DC with both
+    PredFn dc_chroma8x8[4];   // by dc_index
+    PredHbdFn pred4x4_hbd[9];
+    PredHbdFn dc4x4_hbd[4];
+    PredHbdFn pred16x16_hbd[4];
+    PredHbdFn dc16x16_hbd[4];
+    PredHbdFn pred_chroma8x8_hbd[4];
+    PredHbdFn dc_chroma8x8_hbd[4];
+};
+
+void init_intra(Table& t, CpuFlags cpu);
+void init_intra_sse2(Table& t);
+
+// The process-wide table, built once from the active CPU flags.
+const Table& table();
+
+}  // namespace kivvc::h264::intra
