@@ -120,13 +120,6 @@ void init_block(Table& t, CpuFlags cpu) {
     fill_vertical_first(t.copy16x16_vertical_first, t.ownvc_Copy16x16HP_8u_C1R);
 }
 
-const Table& table() {
-    static const Table t = [] {
-        Table x{};
-        init_block(x, active_flags());
-        return x;
-    }();
-    return t;
-}
+const Table& table() { return process_table<Table, init_block>(); }
 
 }  // namespace kivvc::block

@@ -291,13 +291,6 @@ void init_metrics(Table& t, CpuFlags cpu) {
 #endif
 }
 
-const Table& table() {
-    static const Table t = [] {
-        Table x{};
-        init_metrics(x, active_flags());
-        return x;
-    }();
-    return t;
-}
+const Table& table() { return process_table<Table, init_metrics>(); }
 
 }  // namespace kivvc::metrics

@@ -29,4 +29,16 @@ CpuLevel active_level();
 // Flags used to fill the process-wide kernel tables.
 CpuFlags active_flags();
 
+// A family's process-wide kernel table: filled once (thread-safely) by its
+// init function from the active CPU flags.
+template <class Table, void (*Init)(Table&, CpuFlags)>
+const Table& process_table() {
+    static const Table t = [] {
+        Table x{};
+        Init(x, active_flags());
+        return x;
+    }();
+    return t;
+}
+
 }  // namespace kivvc

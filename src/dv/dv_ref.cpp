@@ -41,13 +41,6 @@ void init_dv(Table& t, CpuFlags cpu) {
 #endif
 }
 
-const Table& table() {
-    static const Table t = [] {
-        Table x{};
-        init_dv(x, active_flags());
-        return x;
-    }();
-    return t;
-}
+const Table& table() { return process_table<Table, init_dv>(); }
 
 }  // namespace kivvc::dv

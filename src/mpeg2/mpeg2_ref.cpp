@@ -226,13 +226,6 @@ void init_mpeg2(Table& t, CpuFlags cpu) {
 #endif
 }
 
-const Table& table() {
-    static const Table t = [] {
-        Table x{};
-        init_mpeg2(x, active_flags());
-        return x;
-    }();
-    return t;
-}
+const Table& table() { return process_table<Table, init_mpeg2>(); }
 
 }  // namespace kivvc::mpeg2

@@ -68,13 +68,6 @@ void init_postfilter(Table& t, CpuFlags cpu) {
 #endif
 }
 
-const Table& table() {
-    static const Table t = [] {
-        Table x{};
-        init_postfilter(x, active_flags());
-        return x;
-    }();
-    return t;
-}
+const Table& table() { return process_table<Table, init_postfilter>(); }
 
 }  // namespace kivvc::postfilter

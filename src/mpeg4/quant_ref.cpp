@@ -108,13 +108,6 @@ void init_quant(Table& t, CpuFlags cpu) {
 #endif
 }
 
-const Table& table() {
-    static const Table t = [] {
-        Table x{};
-        init_quant(x, active_flags());
-        return x;
-    }();
-    return t;
-}
+const Table& table() { return process_table<Table, init_quant>(); }
 
 }  // namespace kivvc::mpeg4

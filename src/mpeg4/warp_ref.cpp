@@ -191,13 +191,6 @@ void init_warp(Table& t, CpuFlags) {
     t.warp[4] = &warp_perspective;
 }
 
-const Table& table() {
-    static const Table t = [] {
-        Table x{};
-        init_warp(x, active_flags());
-        return x;
-    }();
-    return t;
-}
+const Table& table() { return process_table<Table, init_warp>(); }
 
 }  // namespace kivvc::warp

@@ -112,13 +112,6 @@ void init_prepost(Table& t, CpuFlags cpu) {
 #endif
 }
 
-const Table& table() {
-    static const Table t = [] {
-        Table x{};
-        init_prepost(x, active_flags());
-        return x;
-    }();
-    return t;
-}
+const Table& table() { return process_table<Table, init_prepost>(); }
 
 }  // namespace kivvc::prepost

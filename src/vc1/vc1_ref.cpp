@@ -328,13 +328,6 @@ void init_vc1(Table& t, CpuFlags cpu) {
 #endif
 }
 
-const Table& table() {
-    static const Table t = [] {
-        Table x{};
-        init_vc1(x, active_flags());
-        return x;
-    }();
-    return t;
-}
+const Table& table() { return process_table<Table, init_vc1>(); }
 
 }  // namespace kivvc::vc1

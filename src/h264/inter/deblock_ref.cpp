@@ -187,13 +187,6 @@ void init_deblock(Table& t, CpuFlags cpu) {
 #endif
 }
 
-const Table& table() {
-    static const Table t = [] {
-        Table x{};
-        init_deblock(x, active_flags());
-        return x;
-    }();
-    return t;
-}
+const Table& table() { return process_table<Table, init_deblock>(); }
 
 }  // namespace kivvc::deblock

@@ -139,13 +139,6 @@ void init_interp(Table& t, CpuFlags cpu) {
 #endif
 }
 
-const Table& table() {
-    static const Table t = [] {
-        Table x{};
-        init_interp(x, active_flags());
-        return x;
-    }();
-    return t;
-}
+const Table& table() { return process_table<Table, init_interp>(); }
 
 }  // namespace kivvc::interp

@@ -59,13 +59,6 @@ void init_weight(Table& t, CpuFlags cpu) {
 #endif
 }
 
-const Table& table() {
-    static const Table t = [] {
-        Table x{};
-        init_weight(x, active_flags());
-        return x;
-    }();
-    return t;
-}
+const Table& table() { return process_table<Table, init_weight>(); }
 
 }  // namespace kivvc::weight

@@ -137,13 +137,6 @@ void init_fwd(Table& t, CpuFlags cpu) {
 #endif
 }
 
-const Table& table() {
-    static const Table t = [] {
-        Table x{};
-        init_fwd(x, active_flags());
-        return x;
-    }();
-    return t;
-}
+const Table& table() { return process_table<Table, init_fwd>(); }
 
 }  // namespace kivvc::h264::fwd

@@ -182,13 +182,6 @@ void init_intra(Table& t, CpuFlags cpu) {
 #endif
 }
 
-const Table& table() {
-    static const Table t = [] {
-        Table x{};
-        init_intra(x, active_flags());
-        return x;
-    }();
-    return t;
-}
+const Table& table() { return process_table<Table, init_intra>(); }
 
 }  // namespace kivvc::h264::intra

@@ -357,13 +357,6 @@ void init_transform(Table& t, CpuFlags cpu) {
 #endif
 }
 
-const Table& table() {
-    static const Table t = [] {
-        Table x{};
-        init_transform(x, active_flags());
-        return x;
-    }();
-    return t;
-}
+const Table& table() { return process_table<Table, init_transform>(); }
 
 }  // namespace kivvc::h264::transform
