@@ -947,6 +947,131 @@ KIV_API KivStatus kiviReconstructChromaIntraHalves4x4MB_H264_16s8u_P2R(
     Kiv16s** ppSrcDstCoeff, Kiv8u* pSrcDstUPlane, Kiv8u* pSrcDstVPlane, Kiv32u srcDstUVStep, Kiv32s intraChromaMode,
     Kiv32u cbp4x4, Kiv32s chromaQPU, Kiv32s chromaQPV, Kiv8u edgeTypeTop, Kiv8u edgeTypeBottom,
     const Kiv16s* pQuantTableU, const Kiv16s* pQuantTableV, Kiv8u bypassFlag);
+
+/* 8x8 luma members of the scaling-list generation: pQuantTable holds the 64
+ * level-scale values for QP % 6; cbp bits 0..3 mark the four 8x8 blocks
+ * (raster order of the quadrants; the Half member: bits 0..1, the upper two),
+ * each taking 64 coefficients, scaled with q = QP / 6, transformed by the
+ * 8x8 inverse transform and added with clamping (under bypass with QP 0 the
+ * 64 coefficients are added as they stand). The intra members predict each
+ * block in turn from its neighbours after H.264's reference-sample
+ * filtering, modes pMBIntraTypes[b] numbered as the 4x4 modes. Our choice for
+ * a mode that needs a missing neighbour: as in the 4x4 walk, the missing
+ * samples are taken as 128, the block is predicted and reconstructed and the
+ * call ends with kivStsWarnNeighbourMissing; above-right samples that are
+ * missing repeat the last sample above (no warning). Block availability
+ * follows the edge mask as for 4x4 blocks: block 1's above-right samples lie
+ * in the macroblock above-right (edge bit 32), block 2's in block 1, block 3
+ * has none. Statuses and check order as the 4x4 members (the Intra8x8 member
+ * takes QP as Kiv32u like the Intra4x4 one); a mode above 8 returns
+ * kivStsOutOfRange part-way. */
+KIV_API KivStatus kiviReconstructLumaIntra8x8MB_H264_16s8u_C1R(Kiv16s** ppSrcDstCoeff, Kiv8u* pSrcDstYPlane,
+                                                               Kiv32u srcDstYStep, const Kiv32u* pMBIntraTypes,
+                                                               Kiv32u cbp8x8, Kiv32u QP, Kiv8u edgeType,
+                                                               const Kiv16s* pQuantTable, Kiv8u bypassFlag);
+KIV_API KivStatus kiviReconstructLumaIntraHalf8x8MB_H264_16s8u_C1R(Kiv16s** ppSrcDstCoeff, Kiv8u* pSrcDstYPlane,
+                                                                   Kiv32u srcDstYStep, const Kiv32u* pMBIntraTypes,
+                                                                   Kiv32u cbp8x2, Kiv32s QP, Kiv8u edgeType,
+                                                                   const Kiv16s* pQuantTable, Kiv8u bypassFlag);
+KIV_API KivStatus kiviReconstructLumaInter8x8MB_H264_16s8u_C1R(Kiv16s** ppSrcDstCoeff, Kiv8u* pSrcDstYPlane,
+                                                               Kiv32u srcDstYStep, Kiv32u cbp8x8, Kiv32s QP,
+                                                               const Kiv16s* pQuantTable, Kiv8u bypassFlag);
+
+/* ---- Macroblock reconstruction (High: parameter records) ----
+ * One record per plane. ppSrcDstCoeff: the plane's coefficient read pointer
+ * (advanced past what the call takes, as in the members above; each chroma
+ * plane has its own); pSrcDstPlane: the macroblock's (or the plane's block's)
+ * top-left sample; srcDstStep: row step in bytes (at least 1); cbp: the coded
+ * blocks (luma as the members above; chroma: bit 0 the plane's DC block, bits
+ * 1..4 (4:2:0) or 1..8 (4:2:2) its 4x4 AC blocks in raster order, two per
+ * row); qp: QP + 6 x (bit depth - 8), 0..6 x bitDepth + 3 (chroma: the
+ * plane's QPc on the same scale); pQuantTable: the level scale for qp % 6 (16
+ * values, 64 for the 8x8 members); bypassFlag: transform bypass when qp is 0;
+ * bitDepth: 8..14 (our choice: 8 is accepted, for 8-bit content kept in
+ * 16-bit planes; 16s8u records are always 8-bit and their bitDepth is not
+ * read). Samples are clamped to 0..(1 << bitDepth) - 1 and missing intra
+ * neighbours are taken as 1 << (bitDepth - 1). */
+typedef struct {
+    Kiv32s** ppSrcDstCoeff;
+    Kiv16u* pSrcDstPlane;
+    Kiv32s srcDstStep;
+    Kiv32u cbp;
+    Kiv32s qp;
+    const Kiv16s* pQuantTable;
+    Kiv32u bypassFlag;
+    Kiv32s bitDepth;
+} KivReconstructHighParams_32s16u;
+
+typedef struct {
+    Kiv16s** ppSrcDstCoeff;
+    Kiv8u* pSrcDstPlane;
+    Kiv32s srcDstStep;
+    Kiv32u cbp;
+    Kiv32s qp;
+    const Kiv16s* pQuantTable;
+    Kiv32u bypassFlag;
+    Kiv32s bitDepth;
+} KivReconstructHighParams_16s8u;
+
+/* Luma members at high bit depth, each as the 8-bit scaling-list member of
+ * the same shape (Intra4x4, upper-half Intra4x4 with cbp bits 0..7, Intra8x8,
+ * upper-half Intra8x8 with cbp bits 0..1, Intra_16x16, Inter4x4, Inter8x8).
+ * Statuses in check order: kivStsNullPointer (pReconInfo, its
+ * ppSrcDstCoeff, *ppSrcDstCoeff, pSrcDstPlane, pQuantTable, then
+ * pMBIntraTypes), kivStsBadStep (srcDstStep < 1), kivStsOutOfRange (bitDepth
+ * outside 8..14, qp outside 0..6 x bitDepth + 3), then as the 8-bit members:
+ * kivStsOutOfRange or kivStsBadIntraPredMode for the 16x16 mode, a 4x4/8x8
+ * mode above 8 part-way, kivStsWarnNeighbourMissing, kivStsOk. */
+KIV_API KivStatus kiviReconstructLumaIntra4x4_H264High_32s16u_IP1R(const KivReconstructHighParams_32s16u* pReconInfo,
+                                                                   const Kiv32u* pMBIntraTypes, Kiv8u edgeType);
+KIV_API KivStatus kiviReconstructLumaIntraHalf4x4_H264High_32s16u_IP1R(
+    const KivReconstructHighParams_32s16u* pReconInfo, const Kiv32u* pMBIntraTypes, Kiv8u edgeType);
+KIV_API KivStatus kiviReconstructLumaIntra8x8_H264High_32s16u_IP1R(const KivReconstructHighParams_32s16u* pReconInfo,
+                                                                   const Kiv32u* pMBIntraTypes, Kiv8u edgeType);
+KIV_API KivStatus kiviReconstructLumaIntraHalf8x8_H264High_32s16u_IP1R(
+    const KivReconstructHighParams_32s16u* pReconInfo, const Kiv32u* pMBIntraTypes, Kiv8u edgeType);
+KIV_API KivStatus kiviReconstructLumaIntra16x16_H264High_32s16u_IP1R(
+    const KivReconstructHighParams_32s16u* pReconInfo, Kiv32s intraLumaMode, Kiv8u edgeType);
+KIV_API KivStatus kiviReconstructLumaInter4x4_H264High_32s16u_IP1R(const KivReconstructHighParams_32s16u* pReconInfo);
+KIV_API KivStatus kiviReconstructLumaInter8x8_H264High_32s16u_IP1R(const KivReconstructHighParams_32s16u* pReconInfo);
+
+/* Chroma members: pReconInfo points to two records, U then V. The intra
+ * members predict both planes with the chroma mode (DC 0, horizontal 1,
+ * vertical 2, plane 3) under the edge mask; the Half members take DC only
+ * (any other mode: kivStsBadIntraPredMode) and predict the upper half of each
+ * plane under edgeTypeTop and the lower half under edgeTypeBottom (4:2:0:
+ * 8x4 halves; 4:2:2: 8x8 halves). Then each plane whose cbp has a bit among
+ * its DC and AC bits takes, from its own buffer, its DC block (4 coefficients
+ * for 4:2:0, scaled with the plane's level scale; 8 for 4:2:2, scaled with
+ * QP + 3 and levelScaleDCU / levelScaleDCV) and its AC blocks; blocks without
+ * AC still receive their DC. 4:2:2 planes are 8 wide and 16 high. Statuses in
+ * check order: kivStsNullPointer (pReconInfo, then the pointer fields of U,
+ * then of V), kivStsBadStep (either step < 1), kivStsOutOfRange (bitDepth,
+ * qp; then a mode outside 0..3), kivStsBadIntraPredMode (a needed neighbour
+ * missing; nothing written), kivStsOk. */
+KIV_API KivStatus kiviReconstructChromaIntra4x4_H264High_32s16u_IP2R(
+    const KivReconstructHighParams_32s16u* pReconInfo, Kiv32s intraChromaMode, Kiv8u edgeType);
+KIV_API KivStatus kiviReconstructChromaInter4x4_H264High_32s16u_IP2R(
+    const KivReconstructHighParams_32s16u* pReconInfo);
+KIV_API KivStatus kiviReconstructChromaIntraHalf4x4_H264High_32s16u_IP2R(
+    const KivReconstructHighParams_32s16u* pReconInfo, Kiv32s intraChromaMode, Kiv8u edgeTypeTop,
+    Kiv8u edgeTypeBottom);
+KIV_API KivStatus kiviReconstructChroma422Intra4x4_H264High_16s8u_IP2R(
+    const KivReconstructHighParams_16s8u* pReconInfo, Kiv32s intraChromaMode, Kiv8u edgeType,
+    Kiv32s levelScaleDCU, Kiv32s levelScaleDCV);
+KIV_API KivStatus kiviReconstructChroma422Inter4x4_H264High_16s8u_IP2R(
+    const KivReconstructHighParams_16s8u* pReconInfo, Kiv32s levelScaleDCU, Kiv32s levelScaleDCV);
+KIV_API KivStatus kiviReconstructChroma422IntraHalf4x4_H264High_16s8u_IP2R(
+    const KivReconstructHighParams_16s8u* pReconInfo, Kiv32s intraChromaMode, Kiv8u edgeTypeTop,
+    Kiv8u edgeTypeBottom, Kiv32s levelScaleDCU, Kiv32s levelScaleDCV);
+KIV_API KivStatus kiviReconstructChroma422Intra4x4_H264High_32s16u_IP2R(
+    const KivReconstructHighParams_32s16u* pReconInfo, Kiv32s intraChromaMode, Kiv8u edgeType,
+    Kiv32s levelScaleDCU, Kiv32s levelScaleDCV);
+KIV_API KivStatus kiviReconstructChroma422Inter4x4_H264High_32s16u_IP2R(
+    const KivReconstructHighParams_32s16u* pReconInfo, Kiv32s levelScaleDCU, Kiv32s levelScaleDCV);
+KIV_API KivStatus kiviReconstructChroma422IntraHalf4x4_H264High_32s16u_IP2R(
+    const KivReconstructHighParams_32s16u* pReconInfo, Kiv32s intraChromaMode, Kiv8u edgeTypeTop,
+    Kiv8u edgeTypeBottom, Kiv32s levelScaleDCU, Kiv32s levelScaleDCV);
 /* ---- end section: h264 intra ---- */
 
 /* ---- section: h264 encoder ---- */

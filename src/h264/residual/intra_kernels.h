@@ -3,8 +3,10 @@
 // Every kernel predicts one block from neighbour values already gathered
 // (and substituted) by its caller into small arrays:
 //   top[-1]      the sample above-left,
-//   top[0..N-1]  the row above, and for 4x4 top[4..7] the samples above-right,
-//   left[0..N-1] the column to the left, top to bottom.
+//   top[0..W-1]  the row above, and for 4x4 and 8x8 luma the W samples
+//                above-right after it (top[4..7], top[8..15]),
+//   left[0..H-1] the column to the left, top to bottom.
+// The 8x8 luma kernels take the neighbours after reference-sample filtering.
 // Kernels never read the picture around the block, never check and never
 // return a status; they write exactly the N x N block at dst (step in bytes).
 #pragma once
@@ -37,12 +39,20 @@ struct Table {
     PredFn dc16x16[4];        // by dc_index
     PredFn pred_chroma8x8[4]; // by chroma mode; [0] is DC with both
     PredFn dc_chroma8x8[4];   // by dc_index
+    PredFn pred8x8[9];        // 8x8 luma by mode, filtered neighbours; [2] DC with both
+    PredFn dc8x8[4];          // by dc_index
+    PredFn pred_chroma8x16[4]; // 4:2:2 chroma (8 wide, 16 high) by chroma mode
+    PredFn dc_chroma8x16[4];  // by dc_index
     PredHbdFn pred4x4_hbd[9];
     PredHbdFn dc4x4_hbd[4];
     PredHbdFn pred16x16_hbd[4];
     PredHbdFn dc16x16_hbd[4];
     PredHbdFn pred_chroma8x8_hbd[4];
     PredHbdFn dc_chroma8x8_hbd[4];
+    PredHbdFn pred8x8_hbd[9];
+    PredHbdFn dc8x8_hbd[4];
+    PredHbdFn pred_chroma8x16_hbd[4];
+    PredHbdFn dc_chroma8x16_hbd[4];
 };
 
 void init_intra(Table& t, CpuFlags cpu);

@@ -7,6 +7,7 @@
 // A diagonal through the block meets that line at one index, so every mode
 // is a two- or three-tap filter at an index computed from x and y.
 #include <algorithm>
+#include <utility>
 
 #include "core/arith.h"
 #include "h264/residual/intra_kernels.h"
@@ -18,11 +19,11 @@ namespace {
 int tap2(int a, int b) { return (a + b + 1) >> 1; }
 int tap3(int a, int b, int c) { return (a + 2 * b + c + 2) >> 2; }
 
-template <int N, class T, class G>
+template <int W, int H = W, class T, class G>
 void fill(T* dst, int step, G value) {
-    for (int y = 0; y < N; ++y) {
+    for (int y = 0; y < H; ++y) {
         T* d = row(dst, step, y);
-        for (int x = 0; x < N; ++x) d[x] = static_cast<T>(value(x, y));
+        for (int x = 0; x < W; ++x) d[x] = static_cast<T>(value(x, y));
     }
 }
 
@@ -60,6 +61,42 @@ void pred4x4(const T* top, const T* left, T* dst, int step, int) {
     });
 }
 
+// 8x8 luma modes on the filtered neighbours, with the same edge line as
+// above stretched to e(0..24): e(0) = left[7] .. e(7) = left[0], e(8) the
+// above-left sample, e(9) = top[0] .. e(24) = top[15]. Indices past the last
+// sample of the row above or of the left column repeat that sample, which
+// gives the (a + 3b + 2) >> 2 and constant tails of the long diagonals.
+template <int Mode, class T>
+void pred8x8(const T* top, const T* left, T* dst, int step, int) {
+    static_assert(Mode >= 3 && Mode <= 8);
+    const auto e = [&](int i) { return i < 8 ? int(left[7 - i]) : int(top[i - 9]); };
+    const auto t = [&](int i) { return int(top[std::min(i, 15)]); };
+    const auto l = [&](int j) { return int(left[std::min(j, 7)]); };
+    fill<8>(dst, step, [&](int x, int y) {
+        if constexpr (Mode == 3) {  // diagonal down-left
+            const int i = x + y;
+            return tap3(t(i), t(i + 1), t(i + 2));
+        } else if constexpr (Mode == 4) {  // diagonal down-right
+            const int k = 8 + x - y;
+            return tap3(e(k - 1), e(k), e(k + 1));
+        } else if constexpr (Mode == 5) {  // vertical-right
+            const int z = 2 * x - y, i = x - (y >> 1);
+            if (z < 0) return tap3(e(8 + z), e(9 + z), e(10 + z));
+            return (z & 1) ? tap3(e(7 + i), e(8 + i), e(9 + i)) : tap2(e(8 + i), e(9 + i));
+        } else if constexpr (Mode == 6) {  // horizontal-down
+            const int z = 2 * y - x, j = y - (x >> 1);
+            if (z < 0) return tap3(e(6 - z), e(7 - z), e(8 - z));
+            return (z & 1) ? tap3(e(7 - j), e(8 - j), e(9 - j)) : tap2(e(7 - j), e(8 - j));
+        } else if constexpr (Mode == 7) {  // vertical-left
+            const int i = x + (y >> 1);
+            return (y & 1) ? tap3(t(i), t(i + 1), t(i + 2)) : tap2(t(i), t(i + 1));
+        } else {  // 8, horizontal-up
+            const int j = y + (x >> 1);
+            return (x & 1) ? tap3(l(j), l(j + 1), l(j + 2)) : tap2(l(j), l(j + 1));
+        }
+    });
+}
+
 // Mean of the available groups of n samples each, or the mid value.
 template <int N, class T>
 int dc_value(const T* top, const T* left, int avail, int bitDepth) {
@@ -77,46 +114,47 @@ void pred_dc(const T* top, const T* left, T* dst, int step, int bitDepth) {
     fill<N>(dst, step, [v](int, int) { return v; });
 }
 
-template <int N, class T>
+template <int W, int H, class T>
 void pred_vertical(const T* top, const T*, T* dst, int step, int) {
-    fill<N>(dst, step, [top](int x, int) { return top[x]; });
+    fill<W, H>(dst, step, [top](int x, int) { return top[x]; });
 }
 
-template <int N, class T>
+template <int W, int H, class T>
 void pred_horizontal(const T*, const T* left, T* dst, int step, int) {
-    fill<N>(dst, step, [left](int, int y) { return left[y]; });
+    fill<W, H>(dst, step, [left](int, int y) { return left[y]; });
 }
 
-// Plane prediction of a 16x16 (gradient factor 5) or 8x8 chroma block
-// (factor 34): both are (m * H + 32) >> 6.
-template <int N, class T>
+// Plane prediction of a W x H block: the gradient along a side of 16 samples
+// is (5 * G + 32) >> 6, along a side of 8 (34 * G + 32) >> 6.
+template <int W, int H, class T>
 void pred_plane(const T* top, const T* left, T* dst, int step, int bitDepth) {
-    constexpr int half = N / 2, m = N == 16 ? 5 : 34;
+    constexpr int hw = W / 2, hh = H / 2, mx = W == 16 ? 5 : 34, my = H == 16 ? 5 : 34;
     const auto l = [&](int j) { return j < 0 ? int(top[-1]) : int(left[j]); };
     int h = 0, v = 0;
-    for (int k = 0; k < half; ++k) {
-        h += (k + 1) * (top[half + k] - top[half - 2 - k]);
-        v += (k + 1) * (l(half + k) - l(half - 2 - k));
-    }
-    const int a = 16 * (left[N - 1] + top[N - 1]);
-    const int b = (m * h + 32) >> 6, c = (m * v + 32) >> 6;
-    fill<N>(dst, step, [&](int x, int y) {
-        return clip_pixel((a + b * (x - (half - 1)) + c * (y - (half - 1)) + 16) >> 5, bitDepth);
+    for (int k = 0; k < hw; ++k) h += (k + 1) * (top[hw + k] - top[hw - 2 - k]);
+    for (int k = 0; k < hh; ++k) v += (k + 1) * (l(hh + k) - l(hh - 2 - k));
+    const int a = 16 * (left[H - 1] + top[W - 1]);
+    const int b = (mx * h + 32) >> 6, c = (my * v + 32) >> 6;
+    fill<W, H>(dst, step, [&](int x, int y) {
+        return clip_pixel((a + b * (x - (hw - 1)) + c * (y - (hh - 1)) + 16) >> 5, bitDepth);
     });
 }
 
-// Chroma DC: each 4x4 quarter averages the neighbour groups of its own
-// position that H.264 assigns to it.
-template <int Avail, class T>
+// Chroma DC (8 wide, H high): each 4x4 block averages the neighbour groups
+// H.264 assigns to its position: blocks of the left column other than the
+// first prefer the left group, blocks of the top row other than the first
+// the top group, the others take both.
+template <int H, int Avail, class T>
 void pred_chroma_dc(const T* top, const T* left, T* dst, int step, int bitDepth) {
-    int v[2][2];
-    for (int qy = 0; qy < 2; ++qy)
+    int v[H / 4][2];
+    for (int qy = 0; qy < H / 4; ++qy)
         for (int qx = 0; qx < 2; ++qx) {
             int avail = Avail;
-            if (Avail == 3 && qx != qy) avail = qx ? 1 : 2;  // off-diagonal quarters use one side
+            if (Avail == 3 && qx == 0 && qy > 0) avail = 2;
+            if (Avail == 3 && qx > 0 && qy == 0) avail = 1;
             v[qy][qx] = dc_value<4>(top + 4 * qx, left + 4 * qy, avail, bitDepth);
         }
-    fill<8>(dst, step, [&v](int x, int y) { return v[y >> 2][x >> 2]; });
+    fill<8, H>(dst, step, [&v](int x, int y) { return v[y >> 2][x >> 2]; });
 }
 
 template <auto F>
@@ -134,45 +172,62 @@ struct Keep {
     static constexpr PredHbdFn fn = F;
 };
 
+using Dirs4 = std::integer_sequence<int, 0, 1, 3, 4, 5, 6, 7, 8>;  // every 4x4 mode but DC
+using Dirs8 = std::integer_sequence<int, 3, 4, 5, 6, 7, 8>;        // the diagonal 8x8 modes
+using Avails = std::make_integer_sequence<int, 4>;                 // dc_index values
+
+template <template <auto> class W, class T, class Fn, int... M>
+void fill_dirs4(Fn (&p)[9], std::integer_sequence<int, M...>) {
+    ((p[M] = W<&pred4x4<M, T>>::fn), ...);
+}
+template <template <auto> class W, class T, class Fn, int... M>
+void fill_dirs8(Fn (&p)[9], std::integer_sequence<int, M...>) {
+    ((p[M] = W<&pred8x8<M, T>>::fn), ...);
+}
+
+template <template <auto> class W, class T, class Fn, int... A>
+void fill_dc(Fn (&dc4)[4], Fn (&dc8)[4], Fn (&dc16)[4], Fn (&dcc)[4], Fn (&dcc16)[4], std::integer_sequence<int, A...>) {
+    ((dc4[A] = W<&pred_dc<4, A, T>>::fn), ...);
+    ((dc8[A] = W<&pred_dc<8, A, T>>::fn), ...);
+    ((dc16[A] = W<&pred_dc<16, A, T>>::fn), ...);
+    ((dcc[A] = W<&pred_chroma_dc<8, A, T>>::fn), ...);
+    ((dcc16[A] = W<&pred_chroma_dc<16, A, T>>::fn), ...);
+}
+
+// Vertical and horizontal at any size come from the two plain templates; the
+// 8x8 luma ones read the filtered neighbours like every 8x8 mode.
 template <class T, template <auto> class W, class Fn>
-void fill_entries(Fn (&p4)[9], Fn (&dc4)[4], Fn (&p16)[4], Fn (&dc16)[4], Fn (&pc)[4], Fn (&dcc)[4]) {
-    p4[0] = W<&pred4x4<0, T>>::fn;
-    p4[1] = W<&pred4x4<1, T>>::fn;
-    p4[2] = W<&pred_dc<4, 3, T>>::fn;
-    p4[3] = W<&pred4x4<3, T>>::fn;
-    p4[4] = W<&pred4x4<4, T>>::fn;
-    p4[5] = W<&pred4x4<5, T>>::fn;
-    p4[6] = W<&pred4x4<6, T>>::fn;
-    p4[7] = W<&pred4x4<7, T>>::fn;
-    p4[8] = W<&pred4x4<8, T>>::fn;
-    dc4[0] = W<&pred_dc<4, 0, T>>::fn;
-    dc4[1] = W<&pred_dc<4, 1, T>>::fn;
-    dc4[2] = W<&pred_dc<4, 2, T>>::fn;
-    dc4[3] = W<&pred_dc<4, 3, T>>::fn;
-    p16[0] = W<&pred_vertical<16, T>>::fn;
-    p16[1] = W<&pred_horizontal<16, T>>::fn;
-    p16[2] = W<&pred_dc<16, 3, T>>::fn;
-    p16[3] = W<&pred_plane<16, T>>::fn;
-    dc16[0] = W<&pred_dc<16, 0, T>>::fn;
-    dc16[1] = W<&pred_dc<16, 1, T>>::fn;
-    dc16[2] = W<&pred_dc<16, 2, T>>::fn;
-    dc16[3] = W<&pred_dc<16, 3, T>>::fn;
-    pc[kChromaDc] = W<&pred_chroma_dc<3, T>>::fn;
-    pc[kChromaHorizontal] = W<&pred_horizontal<8, T>>::fn;
-    pc[kChromaVertical] = W<&pred_vertical<8, T>>::fn;
-    pc[kChromaPlane] = W<&pred_plane<8, T>>::fn;
-    dcc[0] = W<&pred_chroma_dc<0, T>>::fn;
-    dcc[1] = W<&pred_chroma_dc<1, T>>::fn;
-    dcc[2] = W<&pred_chroma_dc<2, T>>::fn;
-    dcc[3] = W<&pred_chroma_dc<3, T>>::fn;
+void fill_entries(Fn (&p4)[9], Fn (&dc4)[4], Fn (&p16)[4], Fn (&dc16)[4], Fn (&pc)[4], Fn (&dcc)[4], Fn (&p8)[9],
+                  Fn (&dc8)[4], Fn (&pc16)[4], Fn (&dcc16)[4]) {
+    fill_dirs4<W, T>(p4, Dirs4{});
+    fill_dirs8<W, T>(p8, Dirs8{});
+    fill_dc<W, T>(dc4, dc8, dc16, dcc, dcc16, Avails{});
+    p8[0] = W<&pred_vertical<8, 8, T>>::fn;
+    p8[1] = W<&pred_horizontal<8, 8, T>>::fn;
+    p16[0] = W<&pred_vertical<16, 16, T>>::fn;
+    p16[1] = W<&pred_horizontal<16, 16, T>>::fn;
+    p16[3] = W<&pred_plane<16, 16, T>>::fn;
+    pc[kChromaHorizontal] = W<&pred_horizontal<8, 8, T>>::fn;
+    pc[kChromaVertical] = W<&pred_vertical<8, 8, T>>::fn;
+    pc[kChromaPlane] = W<&pred_plane<8, 8, T>>::fn;
+    pc16[kChromaHorizontal] = W<&pred_horizontal<8, 16, T>>::fn;
+    pc16[kChromaVertical] = W<&pred_vertical<8, 16, T>>::fn;
+    pc16[kChromaPlane] = W<&pred_plane<8, 16, T>>::fn;
+    p4[2] = dc4[3];
+    p8[2] = dc8[3];
+    p16[2] = dc16[3];
+    pc[kChromaDc] = dcc[3];
+    pc16[kChromaDc] = dcc16[3];
 }
 
 }  // namespace
 
 void init_intra(Table& t, CpuFlags cpu) {
-    fill_entries<u8, Drop>(t.pred4x4, t.dc4x4, t.pred16x16, t.dc16x16, t.pred_chroma8x8, t.dc_chroma8x8);
+    fill_entries<u8, Drop>(t.pred4x4, t.dc4x4, t.pred16x16, t.dc16x16, t.pred_chroma8x8, t.dc_chroma8x8, t.pred8x8,
+                           t.dc8x8, t.pred_chroma8x16, t.dc_chroma8x16);
     fill_entries<u16, Keep>(t.pred4x4_hbd, t.dc4x4_hbd, t.pred16x16_hbd, t.dc16x16_hbd, t.pred_chroma8x8_hbd,
-                            t.dc_chroma8x8_hbd);
+                            t.dc_chroma8x8_hbd, t.pred8x8_hbd, t.dc8x8_hbd, t.pred_chroma8x16_hbd,
+                            t.dc_chroma8x16_hbd);
 
 #if KIVVC_X86
     if (!(cpu & kSse2)) return;

@@ -8,134 +8,41 @@
 #include <functional>
 #include <vector>
 
-#include "h264/residual/intra_kernels.h"
+#include "h264/residual/intra_edges.h"
+#include "h264/residual/intra_model.h"
 #include "kivvc.h"
 #include "support/kernel_case.h"
 
 namespace {
 
 using kivvc::test::Rng;
-using Neighbour = std::function<int(int, int)>;  // p(x, y) for x == -1 or y == -1
-
-int f2(int a, int b) { return (a + b + 1) >> 1; }
-int f3(int a, int b, int c) { return (a + 2 * b + c + 2) >> 2; }
+using namespace kivvc::test::intra_model;
+namespace in = kivvc::h264::intra;
 
 int expect4x4(int mode, const Neighbour& p, bool top, bool left, int x, int y, int bitDepth) {
-    switch (mode) {
-    case 0: return p(x, -1);
-    case 1: return p(-1, y);
-    case 2: {
-        int st = 0, sl = 0;
-        for (int i = 0; i < 4; ++i) st += p(i, -1), sl += p(-1, i);
-        if (top && left) return (st + sl + 4) >> 3;
-        if (top) return (st + 2) >> 2;
-        if (left) return (sl + 2) >> 2;
-        return 1 << (bitDepth - 1);
-    }
-    case 3:
-        if (x == 3 && y == 3) return (p(6, -1) + 3 * p(7, -1) + 2) >> 2;
-        return f3(p(x + y, -1), p(x + y + 1, -1), p(x + y + 2, -1));
-    case 4:
-        if (x > y) return f3(p(x - y - 2, -1), p(x - y - 1, -1), p(x - y, -1));
-        if (x < y) return f3(p(-1, y - x - 2), p(-1, y - x - 1), p(-1, y - x));
-        return f3(p(0, -1), p(-1, -1), p(-1, 0));
-    case 5: {
-        const int z = 2 * x - y;
-        if (z >= 0 && !(z & 1)) return f2(p(x - (y >> 1) - 1, -1), p(x - (y >> 1), -1));
-        if (z >= 0) return f3(p(x - (y >> 1) - 2, -1), p(x - (y >> 1) - 1, -1), p(x - (y >> 1), -1));
-        if (z == -1) return f3(p(-1, 0), p(-1, -1), p(0, -1));
-        return f3(p(-1, y - 1), p(-1, y - 2), p(-1, y - 3));
-    }
-    case 6: {
-        const int z = 2 * y - x;
-        if (z >= 0 && !(z & 1)) return f2(p(-1, y - (x >> 1) - 1), p(-1, y - (x >> 1)));
-        if (z >= 0) return f3(p(-1, y - (x >> 1) - 2), p(-1, y - (x >> 1) - 1), p(-1, y - (x >> 1)));
-        if (z == -1) return f3(p(-1, 0), p(-1, -1), p(0, -1));
-        return f3(p(x - 1, -1), p(x - 2, -1), p(x - 3, -1));
-    }
-    case 7:
-        if (y == 0 || y == 2) return f2(p(x + (y >> 1), -1), p(x + (y >> 1) + 1, -1));
-        return f3(p(x + (y >> 1), -1), p(x + (y >> 1) + 1, -1), p(x + (y >> 1) + 2, -1));
-    default: {
-        const int z = x + 2 * y;
-        if (z > 5) return p(-1, 3);
-        if (z == 5) return (p(-1, 2) + 3 * p(-1, 3) + 2) >> 2;
-        if (!(z & 1)) return f2(p(-1, y + (x >> 1)), p(-1, y + (x >> 1) + 1));
-        return f3(p(-1, y + (x >> 1)), p(-1, y + (x >> 1) + 1), p(-1, y + (x >> 1) + 2));
-    }
-    }
+    return expect_nxn(4, mode, p, top, left, x, y, bitDepth);
 }
-
-int clip(int v, int bitDepth) { return std::clamp(v, 0, (1 << bitDepth) - 1); }
-
-// 16x16 luma modes (n = 16) and 4:2:0 chroma modes in luma numbering (n = 8).
-int expect_block(int lumaMode, int n, const Neighbour& p, bool top, bool left, int x, int y, int bitDepth) {
-    switch (lumaMode) {
-    case 0: return p(x, -1);
-    case 1: return p(-1, y);
-    case 2: {
-        if (n == 16) {
-            int st = 0, sl = 0;
-            for (int i = 0; i < 16; ++i) st += p(i, -1), sl += p(-1, i);
-            if (top && left) return (st + sl + 16) >> 5;
-            if (top) return (st + 8) >> 4;
-            if (left) return (sl + 8) >> 4;
-            return 1 << (bitDepth - 1);
-        }
-        const int xo = x & 4, yo = y & 4;
-        int st = 0, sl = 0;
-        for (int i = 0; i < 4; ++i) st += p(xo + i, -1), sl += p(-1, yo + i);
-        const bool diagonal = xo == yo;
-        if (top && left && diagonal) return (st + sl + 4) >> 3;
-        if (top && left) return xo ? (st + 2) >> 2 : (sl + 2) >> 2;
-        if (top) return (st + 2) >> 2;
-        if (left) return (sl + 2) >> 2;
-        return 1 << (bitDepth - 1);
-    }
-    default: {
-        const int h0 = n / 2;
-        int H = 0, V = 0;
-        for (int k = 0; k < h0; ++k) {
-            H += (k + 1) * (p(h0 + k, -1) - p(h0 - 2 - k, -1));
-            V += (k + 1) * (p(-1, h0 + k) - p(-1, h0 - 2 - k));
-        }
-        const int a = 16 * (p(-1, n - 1) + p(n - 1, -1));
-        const int b = n == 16 ? (5 * H + 32) >> 6 : (17 * H + 16) >> 5;
-        const int c = n == 16 ? (5 * V + 32) >> 6 : (17 * V + 16) >> 5;
-        return clip((a + b * (x - (h0 - 1)) + c * (y - (h0 - 1)) + 16) >> 5, bitDepth);
-    }
-    }
-}
-
-constexpr int kChromaToLuma[4] = {2, 1, 0, 3};
 
 // A plane with the block at (8, 8); neighbours and block filled at random.
+template <class T = Kiv8u>
 struct Picture {
-    static constexpr int kStep = 40;
-    std::vector<Kiv8u> mem = std::vector<Kiv8u>(kStep * 32);
-    Kiv8u* block() { return mem.data() + 8 * kStep + 8; }
-    int at(int x, int y) const { return mem[(8 + y) * kStep + 8 + x]; }
-    void fill(Rng& rng, bool extremes) {
-        for (auto& v : mem) v = Kiv8u(extremes ? (rng.chance(2) ? 255 : 0) : rng.range(0, 255));
+    static constexpr int kWidth = 40, kStep = kWidth * int(sizeof(T));
+    std::vector<T> mem = std::vector<T>(kWidth * 32);
+    T* block() { return mem.data() + 8 * kWidth + 8; }
+    int at(int x, int y) const { return mem[(8 + y) * kWidth + 8 + x]; }
+    void fill(Rng& rng, bool extremes, int bitDepth = 8) {
+        const int hi = (1 << bitDepth) - 1;
+        for (auto& v : mem) v = T(extremes ? (rng.chance(2) ? hi : 0) : rng.range(0, hi));
     }
 };
 
-// The neighbour values a 4x4 prediction must see under `mask`.
-Neighbour substituted4x4(const Picture& pic, unsigned mask) {
-    return [&pic, mask](int x, int y) {
-        if (x == -1 && y == -1) return (mask & 32) ? pic.at(-1, -1) : 128;
-        if (x == -1) return (mask & 2) ? pic.at(-1, y) : 128;
-        if (x < 4) return (mask & 1) ? pic.at(x, -1) : 128;
-        if (mask & 64) return pic.at(x, -1);
-        return (mask & 1) ? pic.at(3, -1) : 128;
-    };
-}
-
 // Every value of the block and of the plane around it, after a call.
-void expect_plane(const Picture& before, const Picture& after, int n, const std::function<int(int, int)>& block) {
+template <class T>
+void expect_plane(const Picture<T>& before, const Picture<T>& after, int w, int h,
+                  const std::function<int(int, int)>& block) {
     for (int y = -8; y < 24; ++y)
         for (int x = -8; x < 32; ++x) {
-            const bool inside = x >= 0 && y >= 0 && x < n && y < n;
+            const bool inside = x >= 0 && y >= 0 && x < w && y < h;
             ASSERT_EQ(after.at(x, y), inside ? block(x, y) : before.at(x, y)) << "x " << x << " y " << y;
         }
 }
@@ -147,36 +54,36 @@ TEST(H264Intra, Predict4x4EveryModeAndMask) {
         for (unsigned combo = 0; combo < 16; ++combo)
             for (int trial = 0; trial < 6; ++trial) {
                 const unsigned mask = (combo & 3) | ((combo & 4) << 3) | ((combo & 8) << 3) | (trial & 1 ? 0x90 : 0);
-                Picture pic;
+                Picture<> pic;
                 pic.fill(rng, trial >= 4);
-                const Picture before = pic;
-                const KivStatus st = kiviPredictIntra_4x4_H264_8u_C1IR(pic.block(), Picture::kStep, mode, mask);
+                const Picture<> before = pic;
+                const KivStatus st = kiviPredictIntra_4x4_H264_8u_C1IR(pic.block(), pic.kStep, mode, mask);
                 EXPECT_EQ(st, (mask & kNeeds[mode]) == kNeeds[mode] ? kivStsOk : kivStsWarnNeighbourMissing)
                     << "mode " << mode << " mask " << mask;
-                const Neighbour p = substituted4x4(before, mask);
-                expect_plane(before, pic, 4, [&](int x, int y) {
+                const Neighbour p = substituted([&](int x, int y) { return before.at(x, y); }, 4, mask, 8);
+                expect_plane(before, pic, 4, 4, [&](int x, int y) {
                     return expect4x4(mode, p, mask & 1, mask & 2, x, y, 8);
                 });
             }
 }
 
 TEST(H264Intra, Predict4x4Substitutions) {
-    Picture pic;
+    Picture<> pic;
     Rng rng(5);
     pic.fill(rng, false);
     // Vertical without the row above: sixteen 128s and the warning.
-    EXPECT_EQ(kiviPredictIntra_4x4_H264_8u_C1IR(pic.block(), Picture::kStep, 0, 2 | 32 | 64), kivStsWarnNeighbourMissing);
+    EXPECT_EQ(kiviPredictIntra_4x4_H264_8u_C1IR(pic.block(), Picture<>::kStep, 0, 2 | 32 | 64), kivStsWarnNeighbourMissing);
     for (int y = 0; y < 4; ++y)
         for (int x = 0; x < 4; ++x) EXPECT_EQ(pic.at(x, y), 128);
     // Diagonal down-left without above-right: p[3, -1] repeated, no warning.
-    for (int x = 0; x < 8; ++x) pic.mem[7 * Picture::kStep + 8 + x] = Kiv8u(x < 4 ? 0 : 200);
-    pic.mem[7 * Picture::kStep + 11] = 100;
-    EXPECT_EQ(kiviPredictIntra_4x4_H264_8u_C1IR(pic.block(), Picture::kStep, 3, 1), kivStsOk);
+    for (int x = 0; x < 8; ++x) pic.mem[7 * Picture<>::kStep + 8 + x] = Kiv8u(x < 4 ? 0 : 200);
+    pic.mem[7 * Picture<>::kStep + 11] = 100;
+    EXPECT_EQ(kiviPredictIntra_4x4_H264_8u_C1IR(pic.block(), Picture<>::kStep, 3, 1), kivStsOk);
     EXPECT_EQ(pic.at(3, 3), 100);
     EXPECT_EQ(pic.at(0, 0), (0 + 0 + 0 + 2) >> 2);
     EXPECT_EQ(pic.at(2, 0), (0 + 200 + 100 + 2) >> 2);
     // DC with nothing available: 128 and no warning.
-    EXPECT_EQ(kiviPredictIntra_4x4_H264_8u_C1IR(pic.block(), Picture::kStep, 2, 0), kivStsOk);
+    EXPECT_EQ(kiviPredictIntra_4x4_H264_8u_C1IR(pic.block(), Picture<>::kStep, 2, 0), kivStsOk);
     EXPECT_EQ(pic.at(2, 2), 128);
 }
 
@@ -196,30 +103,30 @@ TEST(H264Intra, Predict16x16AndChromaEveryModeAndMask) {
                     const unsigned mask = (combo & 3) | ((combo & 4) << 3) | (trial & 1 ? 0xC4 : 0);
                     const int luma = c.chroma ? kChromaToLuma[mode] : mode;
                     constexpr unsigned kNeeds[4] = {1, 2, 0, 35};
-                    Picture pic;
+                    Picture<> pic;
                     pic.fill(rng, trial >= 4);
-                    const Picture before = pic;
-                    const KivStatus st = c.fn(pic.block(), Picture::kStep, mode, mask);
+                    const Picture<> before = pic;
+                    const KivStatus st = c.fn(pic.block(), Picture<>::kStep, mode, mask);
                     const bool ok = (mask & kNeeds[luma]) == kNeeds[luma];
                     ASSERT_EQ(st, ok ? kivStsOk : kivStsBadIntraPredMode) << c.n << " mode " << mode << " " << mask;
                     const Neighbour p = [&before](int x, int y) { return before.at(x, y); };
-                    expect_plane(before, pic, c.n, [&](int x, int y) {
-                        return ok ? expect_block(luma, c.n, p, mask & 1, mask & 2, x, y, 8) : before.at(x, y);
+                    expect_plane(before, pic, c.n, c.n, [&](int x, int y) {
+                        return ok ? expect_block(luma, c.n, c.n, p, mask & 1, mask & 2, x, y, 8) : before.at(x, y);
                     });
                 }
 }
 
 TEST(H264Intra, ChromaDcLeftOnlyRepeatsAcross) {
-    Picture pic;
+    Picture<> pic;
     Rng rng(9);
     pic.fill(rng, false);
-    ASSERT_EQ(kiviPredictIntraChroma8x8_H264_8u_C1IR(pic.block(), Picture::kStep, 0, 2), kivStsOk);
+    ASSERT_EQ(kiviPredictIntraChroma8x8_H264_8u_C1IR(pic.block(), Picture<>::kStep, 0, 2), kivStsOk);
     EXPECT_EQ(pic.at(5, 1), pic.at(1, 1));
     EXPECT_EQ(pic.at(6, 6), pic.at(2, 6));
 }
 
 TEST(H264Intra, ArgumentChecksInOrder) {
-    Picture pic;
+    Picture<> pic;
     Kiv8u* b = pic.block();
     EXPECT_EQ(kiviPredictIntra_4x4_H264_8u_C1IR(nullptr, 2, 9, 0), kivStsNullPointer);
     EXPECT_EQ(kiviPredictIntra_4x4_H264_8u_C1IR(b, 3, 9, 0), kivStsBadStep);
@@ -234,37 +141,78 @@ TEST(H264Intra, ArgumentChecksInOrder) {
     for (const Kiv8u v : pic.mem) EXPECT_EQ(v, 0);
 }
 
-// The 9..14-bit kernels, from gathered neighbour arrays.
-TEST(H264Intra, HighBitDepthKernels) {
-    namespace in = kivvc::h264::intra;
+// 8x8 luma prediction with reference filtering, at 8 bits and above: every
+// mode under every availability combination, substitutions and warning.
+template <class T>
+void check8x8(int depth, Rng& rng) {
+    constexpr unsigned kNeeds[9] = {1, 2, 0, 1, 35, 35, 35, 1, 2};
+    for (int mode = 0; mode < 9; ++mode)
+        for (unsigned combo = 0; combo < 16; ++combo)
+            for (int trial = 0; trial < 3; ++trial) {
+                const unsigned mask = (combo & 3) | ((combo & 12) << 3);
+                Picture<T> pic;
+                pic.fill(rng, trial == 2, depth);
+                const Picture<T> before = pic;
+                const bool warn = in::predict8x8(in::table(), pic.block(), pic.kStep, mode, mask, depth);
+                ASSERT_EQ(warn, (mask & kNeeds[mode]) != kNeeds[mode]) << mode << " " << mask;
+                const Neighbour raw = [&before](int x, int y) { return before.at(x, y); };
+                const Neighbour p = filtered8x8(substituted(raw, 8, mask, depth), mask, depth);
+                expect_plane(before, pic, 8, 8, [&](int x, int y) {
+                    return expect_nxn(8, mode, p, mask & 1, mask & 2, x, y, depth);
+                });
+            }
+}
+
+TEST(H264Intra, Predict8x8EveryModeMaskAndDepth) {
+    Rng rng(88);
+    check8x8<Kiv8u>(8, rng);
+    for (const int depth : {9, 10, 14}) check8x8<Kiv16u>(depth, rng);
+}
+
+// The kernels without an exported single-block function: 9..14-bit 4x4,
+// 16x16 and 4:2:0 chroma, and 4:2:2 chroma (8x16) at every depth, from
+// gathered neighbour arrays.
+template <class T>
+void check_kernels(int depth, Rng& rng) {
     const in::Table& t = in::table();
-    Rng rng(3);
-    for (const int depth : {9, 10, 14})
-        for (int trial = 0; trial < 40; ++trial) {
-            const int hi = (1 << depth) - 1;
-            std::uint16_t above[1 + 16], left[16], out[16 * 16];
-            for (auto& v : above) v = std::uint16_t(trial & 1 ? rng.range(0, hi) : (rng.chance(2) ? hi : 0));
-            for (auto& v : left) v = std::uint16_t(trial & 1 ? rng.range(0, hi) : (rng.chance(2) ? hi : 0));
-            const Neighbour p = [&](int x, int y) { return y == -1 ? above[1 + x] : x == -1 ? left[y] : 0; };
-            const Neighbour p4 = [&](int x, int y) { return y == -1 && x >= 0 ? above[1 + x] : x == -1 && y >= 0 ? left[y] : above[0]; };
-            const bool top = trial & 2, lft = trial & 4;
-            const auto check = [&](int n, const std::function<int(int, int)>& want) {
-                for (int y = 0; y < n; ++y)
-                    for (int x = 0; x < n; ++x) ASSERT_EQ(out[y * 16 + x], want(x, y)) << depth << " " << n;
-            };
-            for (int mode = 0; mode < 9; ++mode) {
-                (mode == 2 ? t.dc4x4_hbd[in::dc_index(top, lft)] : t.pred4x4_hbd[mode])(above + 1, left, out, 32, depth);
-                check(4, [&](int x, int y) { return expect4x4(mode, p4, top, lft, x, y, depth); });
+    const int hi = (1 << depth) - 1;
+    for (int trial = 0; trial < 40; ++trial) {
+        T above[1 + 16], left[16], out[16 * 16];
+        for (auto* v : {above + 0, left + 0})
+            for (int i = 0; i < 16; ++i) v[i] = T(trial & 1 ? rng.range(0, hi) : (rng.chance(2) ? hi : 0));
+        above[16] = T(rng.range(0, hi));
+        const Neighbour p = [&](int x, int y) { return y == -1 && x >= 0 ? above[1 + x] : x == -1 && y >= 0 ? left[y] : above[0]; };
+        const bool top = trial & 2, lft = trial & 4;
+        const int dc = in::dc_index(top, lft);
+        const auto check = [&](auto fn, int w, int h, const std::function<int(int, int)>& want) {
+            in::run(fn, above + 1, left, out, int(16 * sizeof(T)), depth);
+            for (int y = 0; y < h; ++y)
+                for (int x = 0; x < w; ++x) ASSERT_EQ(out[y * 16 + x], want(x, y)) << depth << " " << w << "x" << h;
+        };
+        for (int mode = 0; mode < 4; ++mode) {
+            const int luma = kChromaToLuma[mode];
+            const auto want422 = [&](int x, int y) { return expect_block(luma, 8, 16, p, top, lft, x, y, depth); };
+            if constexpr (sizeof(T) == 1) {
+                check(mode == 0 ? t.dc_chroma8x16[dc] : t.pred_chroma8x16[mode], 8, 16, want422);
+            } else {
+                check(mode == 0 ? t.dc_chroma8x16_hbd[dc] : t.pred_chroma8x16_hbd[mode], 8, 16, want422);
+                check(mode == 2 ? t.dc16x16_hbd[dc] : t.pred16x16_hbd[mode], 16, 16,
+                      [&](int x, int y) { return expect_block(mode, 16, 16, p, top, lft, x, y, depth); });
+                check(mode == 0 ? t.dc_chroma8x8_hbd[dc] : t.pred_chroma8x8_hbd[mode], 8, 8,
+                      [&](int x, int y) { return expect_block(luma, 8, 8, p, top, lft, x, y, depth); });
             }
-            for (int mode = 0; mode < 4; ++mode) {
-                (mode == 2 ? t.dc16x16_hbd[in::dc_index(top, lft)] : t.pred16x16_hbd[mode])(above + 1, left, out, 32, depth);
-                check(16, [&](int x, int y) { return expect_block(mode, 16, p4, top, lft, x, y, depth); });
-                (mode == 0 ? t.dc_chroma8x8_hbd[in::dc_index(top, lft)] : t.pred_chroma8x8_hbd[mode])(above + 1, left, out,
-                                                                                                       32, depth);
-                check(8, [&](int x, int y) { return expect_block(kChromaToLuma[mode], 8, p4, top, lft, x, y, depth); });
-            }
-            (void)p;
         }
+        if constexpr (sizeof(T) == 2)
+            for (int mode = 0; mode < 9; ++mode)
+                check(mode == 2 ? t.dc4x4_hbd[dc] : t.pred4x4_hbd[mode], 4, 4,
+                      [&](int x, int y) { return expect4x4(mode, p, top, lft, x, y, depth); });
+    }
+}
+
+TEST(H264Intra, KernelsWithoutSingleBlockFunctions) {
+    Rng rng(3);
+    check_kernels<Kiv8u>(8, rng);
+    for (const int depth : {9, 10, 14}) check_kernels<Kiv16u>(depth, rng);
 }
 
 }  // namespace
