@@ -985,7 +985,8 @@ KIV_API KivStatus kiviReconstructLumaInter8x8MB_H264_16s8u_C1R(Kiv16s** ppSrcDst
  * blocks (luma as the members above; chroma: bit 0 the plane's DC block, bits
  * 1..4 (4:2:0) or 1..8 (4:2:2) its 4x4 AC blocks in raster order, two per
  * row); qp: QP + 6 x (bit depth - 8), 0..6 x bitDepth + 3 (chroma: the
- * plane's QPc on the same scale); pQuantTable: the level scale for qp % 6 (16
+ * plane's QPc on the same scale, 0..6 x bitDepth - 9, i.e. 0..39 at 8 bits
+ * and 0..75 at 14); pQuantTable: the level scale for qp % 6 (16
  * values, 64 for the 8x8 members); bypassFlag: transform bypass when qp is 0;
  * bitDepth: 8..14 (our choice: 8 is accepted, for 8-bit content kept in
  * 16-bit planes; 16s8u records are always 8-bit and their bitDepth is not

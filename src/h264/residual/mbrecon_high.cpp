@@ -24,14 +24,17 @@ bool null_fields(const R& r) {
     return !r.ppSrcDstCoeff || !*r.ppSrcDstCoeff || !r.pSrcDstPlane || !r.pQuantTable;
 }
 
-// Value checks of n records: every step, then every bit depth and QP.
+// Value checks of n records (1 luma, 2 chroma): every step, then every bit
+// depth and QP (luma up to 6 x depth + 3, chroma 12 lower: 51 and 39 at 8
+// bits).
 template <class R>
 KivStatus check_values(const R* r, int n) {
     for (int i = 0; i < n; ++i)
         if (r[i].srcDstStep < 1) return kivStsBadStep;
+    const int maxOffset = n == 1 ? 3 : -9;
     for (int i = 0; i < n; ++i) {
         const int depth = depth_of(r[i]);
-        if (depth < 8 || depth > 14 || r[i].qp < 0 || r[i].qp > 6 * depth + 3) return kivStsOutOfRange;
+        if (depth < 8 || depth > 14 || r[i].qp < 0 || r[i].qp > 6 * depth + maxOffset) return kivStsOutOfRange;
     }
     return kivStsOk;
 }
