@@ -63,36 +63,41 @@ void pred4x4(const T* top, const T* left, T* dst, int step, int) {
 
 // 8x8 luma modes on the filtered neighbours, with the same edge line as
 // above stretched to e(0..24): e(0) = left[7] .. e(7) = left[0], e(8) the
-// above-left sample, e(9) = top[0] .. e(24) = top[15]. Indices past the last
-// sample of the row above or of the left column repeat that sample, which
-// gives the (a + 3b + 2) >> 2 and constant tails of the long diagonals.
+// above-left sample, e(9) = top[0] .. e(24) = top[15]. The line is padded
+// with left[7] below e(0) and top[15] past e(24), which gives the long
+// diagonals their (a + 3b + 2) >> 2 and constant tails. Every sample of every
+// diagonal mode is then one of the line's two- or three-tap means, computed
+// once per block.
 template <int Mode, class T>
 void pred8x8(const T* top, const T* left, T* dst, int step, int) {
     static_assert(Mode >= 3 && Mode <= 8);
-    const auto e = [&](int i) { return i < 8 ? int(left[7 - i]) : int(top[i - 9]); };
-    const auto t = [&](int i) { return int(top[std::min(i, 15)]); };
-    const auto l = [&](int j) { return int(left[std::min(j, 7)]); };
+    constexpr int o = 6, n = o + 25 + 2;  // e(i) = line[o + i]
+    int line[n];
+    for (int i = 0; i < o; ++i) line[i] = left[7];
+    for (int i = 0; i < 8; ++i) line[o + i] = left[7 - i];
+    line[o + 8] = top[-1];
+    for (int i = 0; i < 16; ++i) line[o + 9 + i] = top[i];
+    for (int i = o + 25; i < n; ++i) line[i] = top[15];
+    int t2[n - 1], t3[n - 2];  // t2[i] = tap2(line[i], line[i + 1]), t3[i] = tap3(line[i], ...)
+    for (int i = 0; i < n - 1; ++i) t2[i] = tap2(line[i], line[i + 1]);
+    for (int i = 0; i < n - 2; ++i) t3[i] = tap3(line[i], line[i + 1], line[i + 2]);
     fill<8>(dst, step, [&](int x, int y) {
         if constexpr (Mode == 3) {  // diagonal down-left
-            const int i = x + y;
-            return tap3(t(i), t(i + 1), t(i + 2));
+            return t3[o + 9 + x + y];
         } else if constexpr (Mode == 4) {  // diagonal down-right
-            const int k = 8 + x - y;
-            return tap3(e(k - 1), e(k), e(k + 1));
+            return t3[o + 7 + x - y];
         } else if constexpr (Mode == 5) {  // vertical-right
             const int z = 2 * x - y, i = x - (y >> 1);
-            if (z < 0) return tap3(e(8 + z), e(9 + z), e(10 + z));
-            return (z & 1) ? tap3(e(7 + i), e(8 + i), e(9 + i)) : tap2(e(8 + i), e(9 + i));
+            return z < 0 ? t3[o + 8 + z] : (z & 1) ? t3[o + 7 + i] : t2[o + 8 + i];
         } else if constexpr (Mode == 6) {  // horizontal-down
             const int z = 2 * y - x, j = y - (x >> 1);
-            if (z < 0) return tap3(e(6 - z), e(7 - z), e(8 - z));
-            return (z & 1) ? tap3(e(7 - j), e(8 - j), e(9 - j)) : tap2(e(7 - j), e(8 - j));
+            return z < 0 ? t3[o + 6 - z] : (z & 1) ? t3[o + 7 - j] : t2[o + 7 - j];
         } else if constexpr (Mode == 7) {  // vertical-left
             const int i = x + (y >> 1);
-            return (y & 1) ? tap3(t(i), t(i + 1), t(i + 2)) : tap2(t(i), t(i + 1));
+            return (y & 1) ? t3[o + 9 + i] : t2[o + 9 + i];
         } else {  // 8, horizontal-up
             const int j = y + (x >> 1);
-            return (x & 1) ? tap3(l(j), l(j + 1), l(j + 2)) : tap2(l(j), l(j + 1));
+            return (x & 1) ? t3[o + 5 - j] : t2[o + 6 - j];
         }
     });
 }
