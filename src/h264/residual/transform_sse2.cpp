@@ -279,6 +279,18 @@ void add_pred4x4_hbd(const u16* pred, int predStep, s32* coeffs, const s32* dc, 
         store4x16(row(dst, dstStep, y), clamp_pack(_mm_add_epi32(load4x16(row(pred, predStep, y)), r[y]), maxv));
 }
 
+// 8x8 scaling at 32 bits: four coefficients a step, the products wrapped to
+// 32 bits as the reference wraps them.
+void quant8x8_hbd(s32* coeffs, int q, const s16* ls) {
+    const __m128i shift = _mm_cvtsi32_si128(q >= 6 ? q - 6 : 6 - q);
+    const __m128i round = _mm_set1_epi32(q >= 6 ? 0 : 1 << (5 - q));
+    for (int i = 0; i < 64; i += 4) {
+        const __m128i l4 = _mm_loadl_epi64(reinterpret_cast<const __m128i*>(ls + i));
+        const __m128i p = mullo32(load4x32(coeffs + i), _mm_srai_epi32(_mm_unpacklo_epi16(l4, l4), 16));
+        store4x32(coeffs + i, q >= 6 ? _mm_sll_epi32(p, shift) : _mm_sra_epi32(_mm_add_epi32(p, round), shift));
+    }
+}
+
 void transform8x8_add_hbd(const u16* pred, int predStep, s32* coeffs, u16* dst, int dstStep, int bitDepth) {
     __m128i r[16];  // row y, half h at r[2y + h]
     for (int k = 0; k < 16; ++k) r[k] = load4x32(coeffs + 4 * k);
@@ -380,6 +392,7 @@ void init_transform_sse2(Table& t) {
     t.add_pred4x4_hbd = &add_pred4x4_hbd;
     t.transform8x8_add_hbd = &transform8x8_add_hbd;
     t.quant8x8 = &quant8x8;
+    t.quant8x8_hbd = &quant8x8_hbd;
     t.luma_dc = &luma_dc<s16>;
     t.luma_dc_hbd = &luma_dc<s32>;
 }
