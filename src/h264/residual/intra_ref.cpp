@@ -1,11 +1,12 @@
 // Scalar references of the H.264 intra predictors, for 8-bit and 9..14-bit
 // samples from one set of templates.
 //
-// The 4x4 directional modes read one edge line e(0..12): the left column
-// bottom to top (e(0) = left[3] .. e(3) = left[0]), the above-left sample
-// e(4), then the row above and above-right (e(5) = top[0] .. e(12) = top[7]).
-// A diagonal through the block meets that line at one index, so every mode
-// is a two- or three-tap filter at an index computed from x and y.
+// The diagonal 4x4 and 8x8 modes read one edge line e(0..3N) of an N x N
+// block: the left column bottom to top (e(0) = left[N-1] .. e(N-1) =
+// left[0]), the above-left sample e(N), then the row above and above-right
+// (e(N+1) = top[0] .. e(3N) = top[2N-1]). A diagonal through the block meets
+// that line at one index, so every sample is the line's two- or three-tap
+// mean at an index computed from x and y.
 #include <algorithm>
 #include <utility>
 
@@ -27,77 +28,38 @@ void fill(T* dst, int step, G value) {
     }
 }
 
-template <int Mode, class T>
-void pred4x4(const T* top, const T* left, T* dst, int step, int) {
-    const auto e = [&](int i) { return i < 4 ? int(left[3 - i]) : int(top[i - 5]); };
-    const auto t = [&](int i) { return int(top[std::min(i, 7)]); };
-    const auto l = [&](int j) { return int(left[std::min(j, 3)]); };
-    fill<4>(dst, step, [&](int x, int y) {
-        if constexpr (Mode == 0) {
-            return t(x);
-        } else if constexpr (Mode == 1) {
-            return l(y);
-        } else if constexpr (Mode == 3) {  // diagonal down-left
-            const int i = x + y;
-            return tap3(t(i), t(i + 1), t(i + 2));
-        } else if constexpr (Mode == 4) {  // diagonal down-right
-            const int k = 4 + x - y;
-            return tap3(e(k - 1), e(k), e(k + 1));
-        } else if constexpr (Mode == 5) {  // vertical-right
-            const int i = x - (y >> 1);
-            if (2 * x - y < -1) return tap3(e(4 - y), e(5 - y), e(6 - y));
-            return (y & 1) ? tap3(e(3 + i), e(4 + i), e(5 + i)) : tap2(e(4 + i), e(5 + i));
-        } else if constexpr (Mode == 6) {  // horizontal-down
-            const int j = y - (x >> 1);
-            if (2 * y - x < -1) return tap3(e(2 + x), e(3 + x), e(4 + x));
-            return (x & 1) ? tap3(e(3 - j), e(4 - j), e(5 - j)) : tap2(e(3 - j), e(4 - j));
-        } else if constexpr (Mode == 7) {  // vertical-left
-            const int i = x + (y >> 1);
-            return (y & 1) ? tap3(t(i), t(i + 1), t(i + 2)) : tap2(t(i), t(i + 1));
-        } else {  // 8, horizontal-up: the left column continues with left[3]
-            const int j = y + (x >> 1);
-            return (x & 1) ? tap3(l(j), l(j + 1), l(j + 2)) : tap2(l(j), l(j + 1));
-        }
-    });
-}
-
-// 8x8 luma modes on the filtered neighbours, with the same edge line as
-// above stretched to e(0..24): e(0) = left[7] .. e(7) = left[0], e(8) the
-// above-left sample, e(9) = top[0] .. e(24) = top[15]. The line is padded
-// with left[7] below e(0) and top[15] past e(24), which gives the long
-// diagonals their (a + 3b + 2) >> 2 and constant tails. Every sample of every
-// diagonal mode is then one of the line's two- or three-tap means, computed
-// once per block.
-template <int Mode, class T>
-void pred8x8(const T* top, const T* left, T* dst, int step, int) {
+// The line is padded with left[N-1] below e(0) and with top[2N-1] past
+// e(3N), which gives the long diagonals their (a + 3b + 2) >> 2 and constant
+// tails; both tap tables are built once per block.
+template <int N, int Mode, class T>
+void pred_diagonal(const T* top, const T* left, T* dst, int step, int) {
     static_assert(Mode >= 3 && Mode <= 8);
-    constexpr int o = 6, n = o + 25 + 2;  // e(i) = line[o + i]
+    constexpr int o = N - 1, n = o + 3 * N + 3;  // e(i) = line[o + i]
     int line[n];
-    for (int i = 0; i < o; ++i) line[i] = left[7];
-    for (int i = 0; i < 8; ++i) line[o + i] = left[7 - i];
-    line[o + 8] = top[-1];
-    for (int i = 0; i < 16; ++i) line[o + 9 + i] = top[i];
-    for (int i = o + 25; i < n; ++i) line[i] = top[15];
+    for (int i = 0; i < o; ++i) line[i] = left[N - 1];
+    for (int i = 0; i < N; ++i) line[o + i] = left[N - 1 - i];
+    for (int i = -1; i < 2 * N; ++i) line[o + N + 1 + i] = top[i];
+    for (int i = o + 3 * N + 1; i < n; ++i) line[i] = top[2 * N - 1];
     int t2[n - 1], t3[n - 2];  // t2[i] = tap2(line[i], line[i + 1]), t3[i] = tap3(line[i], ...)
     for (int i = 0; i < n - 1; ++i) t2[i] = tap2(line[i], line[i + 1]);
     for (int i = 0; i < n - 2; ++i) t3[i] = tap3(line[i], line[i + 1], line[i + 2]);
-    fill<8>(dst, step, [&](int x, int y) {
+    fill<N>(dst, step, [&](int x, int y) {
         if constexpr (Mode == 3) {  // diagonal down-left
-            return t3[o + 9 + x + y];
+            return t3[o + N + 1 + x + y];
         } else if constexpr (Mode == 4) {  // diagonal down-right
-            return t3[o + 7 + x - y];
+            return t3[o + N - 1 + x - y];
         } else if constexpr (Mode == 5) {  // vertical-right
             const int z = 2 * x - y, i = x - (y >> 1);
-            return z < 0 ? t3[o + 8 + z] : (z & 1) ? t3[o + 7 + i] : t2[o + 8 + i];
+            return z < 0 ? t3[o + N + z] : (z & 1) ? t3[o + N - 1 + i] : t2[o + N + i];
         } else if constexpr (Mode == 6) {  // horizontal-down
             const int z = 2 * y - x, j = y - (x >> 1);
-            return z < 0 ? t3[o + 6 - z] : (z & 1) ? t3[o + 7 - j] : t2[o + 7 - j];
+            return z < 0 ? t3[o + N - 2 - z] : (z & 1) ? t3[o + N - 1 - j] : t2[o + N - 1 - j];
         } else if constexpr (Mode == 7) {  // vertical-left
             const int i = x + (y >> 1);
-            return (y & 1) ? t3[o + 9 + i] : t2[o + 9 + i];
+            return (y & 1) ? t3[o + N + 1 + i] : t2[o + N + 1 + i];
         } else {  // 8, horizontal-up
             const int j = y + (x >> 1);
-            return (x & 1) ? t3[o + 5 - j] : t2[o + 6 - j];
+            return (x & 1) ? t3[o + N - 3 - j] : t2[o + N - 2 - j];
         }
     });
 }
@@ -177,17 +139,13 @@ struct Keep {
     static constexpr PredHbdFn fn = F;
 };
 
-using Dirs4 = std::integer_sequence<int, 0, 1, 3, 4, 5, 6, 7, 8>;  // every 4x4 mode but DC
-using Dirs8 = std::integer_sequence<int, 3, 4, 5, 6, 7, 8>;        // the diagonal 8x8 modes
-using Avails = std::make_integer_sequence<int, 4>;                 // dc_index values
+using Diagonals = std::integer_sequence<int, 3, 4, 5, 6, 7, 8>;
+using Avails = std::make_integer_sequence<int, 4>;  // dc_index values
 
 template <template <auto> class W, class T, class Fn, int... M>
-void fill_dirs4(Fn (&p)[9], std::integer_sequence<int, M...>) {
-    ((p[M] = W<&pred4x4<M, T>>::fn), ...);
-}
-template <template <auto> class W, class T, class Fn, int... M>
-void fill_dirs8(Fn (&p)[9], std::integer_sequence<int, M...>) {
-    ((p[M] = W<&pred8x8<M, T>>::fn), ...);
+void fill_diagonals(Fn (&p4)[9], Fn (&p8)[9], std::integer_sequence<int, M...>) {
+    ((p4[M] = W<&pred_diagonal<4, M, T>>::fn), ...);
+    ((p8[M] = W<&pred_diagonal<8, M, T>>::fn), ...);
 }
 
 template <template <auto> class W, class T, class Fn, int... A>
@@ -204,9 +162,10 @@ void fill_dc(Fn (&dc4)[4], Fn (&dc8)[4], Fn (&dc16)[4], Fn (&dcc)[4], Fn (&dcc16
 template <class T, template <auto> class W, class Fn>
 void fill_entries(Fn (&p4)[9], Fn (&dc4)[4], Fn (&p16)[4], Fn (&dc16)[4], Fn (&pc)[4], Fn (&dcc)[4], Fn (&p8)[9],
                   Fn (&dc8)[4], Fn (&pc16)[4], Fn (&dcc16)[4]) {
-    fill_dirs4<W, T>(p4, Dirs4{});
-    fill_dirs8<W, T>(p8, Dirs8{});
+    fill_diagonals<W, T>(p4, p8, Diagonals{});
     fill_dc<W, T>(dc4, dc8, dc16, dcc, dcc16, Avails{});
+    p4[0] = W<&pred_vertical<4, 4, T>>::fn;
+    p4[1] = W<&pred_horizontal<4, 4, T>>::fn;
     p8[0] = W<&pred_vertical<8, 8, T>>::fn;
     p8[1] = W<&pred_horizontal<8, 8, T>>::fn;
     p16[0] = W<&pred_vertical<16, 16, T>>::fn;
