@@ -17,8 +17,8 @@ KivStatus scaled_luma(Kiv16s** pp, Kiv8u* plane, Kiv32u step, const Kiv32u* mode
     if (!pp || !plane || !modes || !*pp || !ls) return kivStsNullPointer;
     if (bad_luma_qp(qp)) return kivStsOutOfRange;
     const Scaled<Kiv8u> res(tr::table(), qp, ls, bypass);
-    if (blocks8x8) return luma8x8_walk(res, pp, plane, int(step), modes, cbp, half ? 2 : 4, edge);
-    return luma4x4_walk(res, pp, plane, int(step), modes, cbp, half ? 0 : 1, half ? 8 : 16, edge);
+    if (blocks8x8) return luma_walk<8>(res, pp, plane, int(step), modes, cbp, 0, half ? 2 : 4, edge);
+    return luma_walk<4>(res, pp, plane, int(step), modes, cbp, half ? 0 : 1, half ? 8 : 16, edge);
 }
 
 // 4:2:0 chroma prediction of both planes (when intra), then the residual.
@@ -73,7 +73,7 @@ KIV_API KivStatus kiviReconstructLumaIntraMB_H264_16s8u_C1R(Kiv16s** ppSrcCoeff,
                                                             Kiv32u cbp4x4, Kiv32s QP, Kiv8u edgeType) {
     if (!ppSrcCoeff || !pSrcDstYPlane || !*ppSrcCoeff || !pMBIntraTypes) return kivStsNullPointer;
     if (bad_luma_qp(QP)) return kivStsOutOfRange;
-    return luma4x4_walk(Flat{tr::table(), QP}, ppSrcCoeff, pSrcDstYPlane, int(srcDstYStep), pMBIntraTypes, cbp4x4, 1,
+    return luma_walk<4>(Flat{tr::table(), QP}, ppSrcCoeff, pSrcDstYPlane, int(srcDstYStep), pMBIntraTypes, cbp4x4, 1,
                         16, edgeType);
 }
 
@@ -82,7 +82,7 @@ KIV_API KivStatus kiviReconstructLumaIntraHalfMB_H264_16s8u_C1R(Kiv16s** ppSrcCo
                                                                 Kiv32u cbp4x2, Kiv32s QP, Kiv8u edgeType) {
     if (!ppSrcCoeff || !pSrcDstYPlane || !*ppSrcCoeff || !pMBIntraTypes) return kivStsNullPointer;
     if (bad_luma_qp(QP)) return kivStsOutOfRange;
-    return luma4x4_walk(Flat{tr::table(), QP}, ppSrcCoeff, pSrcDstYPlane, int(srcDstYStep), pMBIntraTypes, cbp4x2, 0,
+    return luma_walk<4>(Flat{tr::table(), QP}, ppSrcCoeff, pSrcDstYPlane, int(srcDstYStep), pMBIntraTypes, cbp4x2, 0,
                         8, edgeType);
 }
 
@@ -90,7 +90,7 @@ KIV_API KivStatus kiviReconstructLumaInterMB_H264_16s8u_C1R(Kiv16s** ppSrcCoeff,
                                                             Kiv32u srcDstYStep, Kiv32u cbp4x4, Kiv32s QP) {
     if (!ppSrcCoeff || !pSrcDstYPlane || !*ppSrcCoeff) return kivStsNullPointer;
     if (bad_luma_qp(QP)) return kivStsOutOfRange;
-    return luma4x4_walk(Flat{tr::table(), QP}, ppSrcCoeff, pSrcDstYPlane, int(srcDstYStep), nullptr, cbp4x4, 1, 16, 0);
+    return luma_walk<4>(Flat{tr::table(), QP}, ppSrcCoeff, pSrcDstYPlane, int(srcDstYStep), nullptr, cbp4x4, 1, 16, 0);
 }
 
 KIV_API KivStatus kiviReconstructLumaIntra16x16MB_H264_16s8u_C1R(Kiv16s** ppSrcCoeff, Kiv8u* pSrcDstYPlane,
@@ -179,7 +179,7 @@ KIV_API KivStatus kiviReconstructLumaInter4x4MB_H264_16s8u_C1R(Kiv16s** ppSrcDst
                                                                const Kiv16s* pQuantTable, Kiv8u bypassFlag) {
     if (!ppSrcDstCoeff || !pSrcDstYPlane || !*ppSrcDstCoeff || !pQuantTable) return kivStsNullPointer;
     if (bad_luma_qp(QP)) return kivStsOutOfRange;
-    return luma4x4_walk(Scaled<Kiv8u>(tr::table(), QP, pQuantTable, bypassFlag), ppSrcDstCoeff, pSrcDstYPlane,
+    return luma_walk<4>(Scaled<Kiv8u>(tr::table(), QP, pQuantTable, bypassFlag), ppSrcDstCoeff, pSrcDstYPlane,
                         int(srcDstYStep), nullptr, cbp4x4, 1, 16, 0);
 }
 
@@ -188,8 +188,8 @@ KIV_API KivStatus kiviReconstructLumaInter8x8MB_H264_16s8u_C1R(Kiv16s** ppSrcDst
                                                                const Kiv16s* pQuantTable, Kiv8u bypassFlag) {
     if (!ppSrcDstCoeff || !pSrcDstYPlane || !*ppSrcDstCoeff || !pQuantTable) return kivStsNullPointer;
     if (bad_luma_qp(QP)) return kivStsOutOfRange;
-    return luma8x8_walk(Scaled<Kiv8u>(tr::table(), QP, pQuantTable, bypassFlag), ppSrcDstCoeff, pSrcDstYPlane,
-                        int(srcDstYStep), nullptr, cbp8x8, 4, 0);
+    return luma_walk<8>(Scaled<Kiv8u>(tr::table(), QP, pQuantTable, bypassFlag), ppSrcDstCoeff, pSrcDstYPlane,
+                        int(srcDstYStep), nullptr, cbp8x8, 0, 4, 0);
 }
 
 KIV_API KivStatus kiviReconstructLumaIntra_16x16MB_H264_16s8u_C1R(Kiv16s** ppSrcDstCoeff, Kiv8u* pSrcDstYPlane,

@@ -56,12 +56,12 @@ KivStatus luma(const R* r, LumaKind kind, const Kiv32u* modes, Kiv32s mode16x16,
     auto* const plane = r->pSrcDstPlane;
     auto** const pp = r->ppSrcDstCoeff;
     switch (kind) {
-    case kIntra4x4: return luma4x4_walk(res, pp, plane, step, modes, r->cbp, 1, 16, edge, depth);
-    case kIntraHalf4x4: return luma4x4_walk(res, pp, plane, step, modes, r->cbp, 0, 8, edge, depth);
-    case kInter4x4: return luma4x4_walk(res, pp, plane, step, nullptr, r->cbp, 1, 16, 0, depth);
-    case kIntra8x8: return luma8x8_walk(res, pp, plane, step, modes, r->cbp, 4, edge, depth);
-    case kIntraHalf8x8: return luma8x8_walk(res, pp, plane, step, modes, r->cbp, 2, edge, depth);
-    case kInter8x8: return luma8x8_walk(res, pp, plane, step, nullptr, r->cbp, 4, 0, depth);
+    case kIntra4x4: return luma_walk<4>(res, pp, plane, step, modes, r->cbp, 1, 16, edge, depth);
+    case kIntraHalf4x4: return luma_walk<4>(res, pp, plane, step, modes, r->cbp, 0, 8, edge, depth);
+    case kInter4x4: return luma_walk<4>(res, pp, plane, step, nullptr, r->cbp, 1, 16, 0, depth);
+    case kIntra8x8: return luma_walk<8>(res, pp, plane, step, modes, r->cbp, 0, 4, edge, depth);
+    case kIntraHalf8x8: return luma_walk<8>(res, pp, plane, step, modes, r->cbp, 0, 2, edge, depth);
+    case kInter8x8: return luma_walk<8>(res, pp, plane, step, nullptr, r->cbp, 0, 4, 0, depth);
     case kIntra16x16: break;
     }
     const unsigned mask = whole_mask(edge);

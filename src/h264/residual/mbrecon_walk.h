@@ -155,13 +155,15 @@ struct Scaled {
     }
 };
 
-// The 4x4 luma walk over `blocks` blocks (16, or 8 for a half): prediction
-// when modes are given, residual of block k when cbp bit k + bitBase is set.
-// Returns -11 part-way for a mode above 8 (coefficient pointer not written).
-template <class T, class Res>
-KivStatus luma4x4_walk(const Res& res, Coeff<T>** ppCoeffs, T* plane, int step, const Kiv32u* modes, unsigned cbp,
-                       int bitBase, int blocks, unsigned edge, int bitDepth = 8) {
+// The luma walk over `blocks` N x N blocks in decoding order (4x4: 16, or 8
+// for a half; 8x8: 4, or 2 for a half): prediction when modes are given,
+// residual of block k when cbp bit k + bitBase is set. Returns -11 part-way
+// for a mode above 8 (coefficient pointer not written back).
+template <int N, class T, class Res>
+KivStatus luma_walk(const Res& res, Coeff<T>** ppCoeffs, T* plane, int step, const Kiv32u* modes, unsigned cbp,
+                    int bitBase, int blocks, unsigned edge, int bitDepth = 8) {
     const in::Table& it = in::table();
+    const Step* steps = N == 4 ? xyoff : xyoff8;
     Coeff<T>* c = *ppCoeffs;
     bool warn = false;
     int x = 0, y = 0;
@@ -169,40 +171,16 @@ KivStatus luma4x4_walk(const Res& res, Coeff<T>** ppCoeffs, T* plane, int step, 
         T* p = row(plane, step, y) + x;
         if (modes) {
             if (modes[k] > 8) return kivStsOutOfRange;
-            warn |= in::predict4x4(it, p, step, modes[k], block_mask4x4(k, edge), bitDepth);
+            if constexpr (N == 4) warn |= in::predict4x4(it, p, step, modes[k], block_mask4x4(k, edge), bitDepth);
+            else warn |= in::predict8x8(it, p, step, modes[k], block_mask8x8(k, edge), bitDepth);
         }
         if (bit(cbp, k + bitBase)) {
-            res.add4x4(p, step, c, nullptr, true);
-            c += 16;
+            if constexpr (N == 4) res.add4x4(p, step, c, nullptr, true);
+            else res.add8x8(p, step, c);
+            c += N * N;
         }
-        x += xyoff[k].dx;
-        y += xyoff[k].dy;
-    }
-    *ppCoeffs = c;
-    return warn ? kivStsWarnNeighbourMissing : kivStsOk;
-}
-
-// The 8x8 luma walk over `blocks` blocks (4, or 2 for a half), cbp bit b for
-// block b; otherwise as the 4x4 walk.
-template <class T, class Res>
-KivStatus luma8x8_walk(const Res& res, Coeff<T>** ppCoeffs, T* plane, int step, const Kiv32u* modes, unsigned cbp,
-                       int blocks, unsigned edge, int bitDepth = 8) {
-    const in::Table& it = in::table();
-    Coeff<T>* c = *ppCoeffs;
-    bool warn = false;
-    int x = 0, y = 0;
-    for (int b = 0; b < blocks; ++b) {
-        T* p = row(plane, step, y) + x;
-        if (modes) {
-            if (modes[b] > 8) return kivStsOutOfRange;
-            warn |= in::predict8x8(it, p, step, modes[b], block_mask8x8(b, edge), bitDepth);
-        }
-        if (bit(cbp, b)) {
-            res.add8x8(p, step, c);
-            c += 64;
-        }
-        x += xyoff8[b].dx;
-        y += xyoff8[b].dy;
+        x += steps[k].dx;
+        y += steps[k].dy;
     }
     *ppCoeffs = c;
     return warn ? kivStsWarnNeighbourMissing : kivStsOk;
