@@ -958,8 +958,11 @@ KIV_API KivStatus kiviReconstructChromaIntraHalves4x4MB_H264_16s8u_P2R(
  * filtering, modes pMBIntraTypes[b] numbered as the 4x4 modes. Our choice for
  * a mode that needs a missing neighbour: as in the 4x4 walk, the missing
  * samples are taken as 128, the block is predicted and reconstructed and the
- * call ends with kivStsWarnNeighbourMissing; above-right samples that are
- * missing repeat the last sample above (no warning). Block availability
+ * call ends with kivStsWarnNeighbourMissing; the neighbours are filtered
+ * first, each missing group staying at 128 (without the row above, the
+ * samples above-right count as missing too); above-right samples that are
+ * missing beside an available row above repeat its last sample before
+ * filtering (no warning). Block availability
  * follows the edge mask as for 4x4 blocks: block 1's above-right samples lie
  * in the macroblock above-right (edge bit 32), block 2's in block 1, block 3
  * has none. Statuses and check order as the 4x4 members (the Intra8x8 member
