@@ -32,6 +32,42 @@ inline constexpr int dc_index(bool top, bool left) { return (top ? 1 : 0) | (lef
 // Chroma mode numbers differ from the 16x16 luma ones.
 enum ChromaMode { kChromaDc = 0, kChromaHorizontal = 1, kChromaVertical = 2, kChromaPlane = 3 };
 
+// The diagonal 4x4 and 8x8 modes (3..8) read one edge line e(0..3N) of an
+// N x N block: the left column bottom to top (e(0) = left[N-1] ..
+// e(N-1) = left[0]), the above-left sample e(N), then the row above and
+// above-right (e(N+1) = top[0] .. e(3N) = top[2N-1]), continued by left[N-1]
+// below e(0) and by top[2N-1] past e(3N). A diagonal through the block meets
+// that line at one place, so every sample is one of the line's means: the
+// three-tap (e(i) + 2e(i+1) + e(i+2) + 2) >> 2 or the two-tap
+// (e(i) + e(i+1) + 1) >> 1, at an index i this function gives (at least
+// -N + 1 and at most 3N - 2).
+struct DiagonalTap {
+    bool three;
+    int index;
+};
+constexpr DiagonalTap diagonal_tap(int n, int mode, int x, int y) {
+    switch (mode) {
+    case 3: return {true, n + 1 + x + y};  // diagonal down-left
+    case 4: return {true, n - 1 + x - y};  // diagonal down-right
+    case 5: {                              // vertical-right
+        const int z = 2 * x - y, i = x - (y >> 1);
+        return z < 0 ? DiagonalTap{true, n + z} : (z & 1) ? DiagonalTap{true, n - 1 + i} : DiagonalTap{false, n + i};
+    }
+    case 6: {  // horizontal-down
+        const int z = 2 * y - x, j = y - (x >> 1);
+        return z < 0 ? DiagonalTap{true, n - 2 - z} : DiagonalTap{(z & 1) != 0, n - 1 - j};
+    }
+    case 7: {  // vertical-left
+        const int i = x + (y >> 1);
+        return {(y & 1) != 0, n + 1 + i};
+    }
+    default: {  // 8, horizontal-up
+        const int j = y + (x >> 1);
+        return (x & 1) ? DiagonalTap{true, n - 3 - j} : DiagonalTap{false, n - 2 - j};
+    }
+    }
+}
+
 struct Table {
     PredFn pred4x4[9];        // by 4x4 mode; [2] is DC with both neighbours
     PredFn dc4x4[4];          // by dc_index

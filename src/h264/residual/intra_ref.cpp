@@ -1,12 +1,7 @@
 // Scalar references of the H.264 intra predictors, for 8-bit and 9..14-bit
 // samples from one set of templates.
 //
-// The diagonal 4x4 and 8x8 modes read one edge line e(0..3N) of an N x N
-// block: the left column bottom to top (e(0) = left[N-1] .. e(N-1) =
-// left[0]), the above-left sample e(N), then the row above and above-right
-// (e(N+1) = top[0] .. e(3N) = top[2N-1]). A diagonal through the block meets
-// that line at one index, so every sample is the line's two- or three-tap
-// mean at an index computed from x and y.
+// The diagonal modes follow diagonal_tap (intra_kernels.h).
 #include <algorithm>
 #include <utility>
 
@@ -28,9 +23,7 @@ void fill(T* dst, int step, G value) {
     }
 }
 
-// The line is padded with left[N-1] below e(0) and with top[2N-1] past
-// e(3N), which gives the long diagonals their (a + 3b + 2) >> 2 and constant
-// tails; both tap tables are built once per block.
+// Both tap tables of the edge line are built once per block.
 template <int N, int Mode, class T>
 void pred_diagonal(const T* top, const T* left, T* dst, int step, int) {
     static_assert(Mode >= 3 && Mode <= 8);
@@ -40,27 +33,12 @@ void pred_diagonal(const T* top, const T* left, T* dst, int step, int) {
     for (int i = 0; i < N; ++i) line[o + i] = left[N - 1 - i];
     for (int i = -1; i < 2 * N; ++i) line[o + N + 1 + i] = top[i];
     for (int i = o + 3 * N + 1; i < n; ++i) line[i] = top[2 * N - 1];
-    int t2[n - 1], t3[n - 2];  // t2[i] = tap2(line[i], line[i + 1]), t3[i] = tap3(line[i], ...)
+    int t2[n - 1], t3[n - 2];
     for (int i = 0; i < n - 1; ++i) t2[i] = tap2(line[i], line[i + 1]);
     for (int i = 0; i < n - 2; ++i) t3[i] = tap3(line[i], line[i + 1], line[i + 2]);
     fill<N>(dst, step, [&](int x, int y) {
-        if constexpr (Mode == 3) {  // diagonal down-left
-            return t3[o + N + 1 + x + y];
-        } else if constexpr (Mode == 4) {  // diagonal down-right
-            return t3[o + N - 1 + x - y];
-        } else if constexpr (Mode == 5) {  // vertical-right
-            const int z = 2 * x - y, i = x - (y >> 1);
-            return z < 0 ? t3[o + N + z] : (z & 1) ? t3[o + N - 1 + i] : t2[o + N + i];
-        } else if constexpr (Mode == 6) {  // horizontal-down
-            const int z = 2 * y - x, j = y - (x >> 1);
-            return z < 0 ? t3[o + N - 2 - z] : (z & 1) ? t3[o + N - 1 - j] : t2[o + N - 1 - j];
-        } else if constexpr (Mode == 7) {  // vertical-left
-            const int i = x + (y >> 1);
-            return (y & 1) ? t3[o + N + 1 + i] : t2[o + N + 1 + i];
-        } else {  // 8, horizontal-up
-            const int j = y + (x >> 1);
-            return (x & 1) ? t3[o + N - 3 - j] : t2[o + N - 2 - j];
-        }
+        const DiagonalTap tap = diagonal_tap(N, Mode, x, y);
+        return tap.three ? t3[o + tap.index] : t2[o + tap.index];
     });
 }
 
