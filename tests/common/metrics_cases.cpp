@@ -32,57 +32,49 @@ int32_t* results(P& p, std::size_t n) {
     return p.template out_array<int32_t>(n, -65536, 65535);
 }
 
+// The current block and one or two (bidirectional) reference blocks, each
+// with the extra column and row a half-sample position reads: a kernel that
+// returns a sum.
 template <class T>
 struct SadExercise {
     int w, h;
+    bool bidir = false;
     template <class P>
     void operator()(const void* f, P& p) const {
         const auto cur = p.template in_plane<T>(w, h, 0, max_of<T>());
         const auto ref = p.template in_plane<T>(w, h, 0, max_of<T>(), 0, 0, 1, 1);
         auto* out = results(p, 1);
-        const auto fn = reinterpret_cast<int32_t (*)(const T*, int, const T*, int)>(f);
-        p.call([=] { out[0] = fn(cur.ptr, cur.step, ref.ptr, ref.step); });
+        if (bidir) {
+            const auto bwd = p.template in_plane<T>(w, h, 0, max_of<T>(), 0, 0, 1, 1);
+            const auto fn = reinterpret_cast<int32_t (*)(const T*, int, const T*, int, const T*, int)>(f);
+            p.call([=] { out[0] = fn(cur.ptr, cur.step, ref.ptr, ref.step, bwd.ptr, bwd.step); });
+        } else {
+            const auto fn = reinterpret_cast<int32_t (*)(const T*, int, const T*, int)>(f);
+            p.call([=] { out[0] = fn(cur.ptr, cur.step, ref.ptr, ref.step); });
+        }
     }
 };
 
-struct SqrDiffBExercise {
-    template <class P>
-    void operator()(const void* f, P& p) const {
-        const auto cur = p.template in_plane<uint8_t>(16, 16, 0, 255);
-        const auto fwd = p.template in_plane<uint8_t>(16, 16, 0, 255, 0, 0, 1, 1);
-        const auto bwd = p.template in_plane<uint8_t>(16, 16, 0, 255, 0, 0, 1, 1);
-        auto* out = results(p, 1);
-        const auto fn = reinterpret_cast<m::SqrDiffBFn>(f);
-        p.call([=] { out[0] = fn(cur.ptr, cur.step, fwd.ptr, fwd.step, bwd.ptr, bwd.step); });
-    }
-};
-
+// The residual against one reference (with or without the prediction) or
+// two (bidirectional), at either rounding control.
 struct GetDiffExercise {
     int w, h;
-    bool with_pred;
+    bool with_pred, bidir = false;
     template <class P>
     void operator()(const void* f, P& p) const {
         const auto cur = p.template in_plane<uint8_t>(w, h, 0, 255);
         const auto ref = p.template in_plane<uint8_t>(w, h, 0, 255, 0, 0, 1, 1);
+        const auto bwd = bidir ? p.template in_plane<uint8_t>(w, h, 0, 255, 0, 0, 1, 1) : ref;
         const auto diff = p.template out_plane<int16_t>(w, h);
         const auto pred = with_pred ? p.template out_plane<int16_t>(w, h) : Plane<int16_t>{nullptr, 0};
         const int rc = p.rng.range(0, 1);
-        const auto fn = reinterpret_cast<m::GetDiffFn>(f);
-        p.call([=] { fn(cur.ptr, cur.step, ref.ptr, ref.step, diff.ptr, diff.step, pred.ptr, pred.step, rc); });
-    }
-};
-
-struct GetDiffBExercise {
-    int w, h;
-    template <class P>
-    void operator()(const void* f, P& p) const {
-        const auto cur = p.template in_plane<uint8_t>(w, h, 0, 255);
-        const auto fwd = p.template in_plane<uint8_t>(w, h, 0, 255, 0, 0, 1, 1);
-        const auto bwd = p.template in_plane<uint8_t>(w, h, 0, 255, 0, 0, 1, 1);
-        const auto diff = p.template out_plane<int16_t>(w, h);
-        const int rc = p.rng.range(0, 1);
-        const auto fn = reinterpret_cast<m::GetDiffBFn>(f);
-        p.call([=] { fn(cur.ptr, cur.step, fwd.ptr, fwd.step, bwd.ptr, bwd.step, diff.ptr, diff.step, rc); });
+        if (bidir) {
+            const auto fn = reinterpret_cast<m::GetDiffBFn>(f);
+            p.call([=] { fn(cur.ptr, cur.step, ref.ptr, ref.step, bwd.ptr, bwd.step, diff.ptr, diff.step, rc); });
+        } else {
+            const auto fn = reinterpret_cast<m::GetDiffFn>(f);
+            p.call([=] { fn(cur.ptr, cur.step, ref.ptr, ref.step, diff.ptr, diff.step, pred.ptr, pred.step, rc); });
+        }
     }
 };
 
@@ -234,18 +226,18 @@ KIVVC_CASES(register_metrics_cases) {
     add_positions<&Table::ownvc_SSD4x4HP_8u32s_C1R>("ssd4x4", SadExercise<uint8_t>{4, 4});
     add_one<&Table::sad4x4>("sad4x4", SadExercise<uint8_t>{4, 4});
     add_positions<&Table::sqr_diff16x16>("sqrdiff16x16", SadExercise<uint8_t>{16, 16});
-    add_bidir<&Table::sqr_diff16x16_bidir>("sqrdiff16x16b", SqrDiffBExercise{});
+    add_bidir<&Table::sqr_diff16x16_bidir>("sqrdiff16x16b", SadExercise<uint8_t>{16, 16, true});
 
     add_get_diff<&Table::GetDiff16x16FnTbl>("getdiff16x16", 16, 16);
     add_get_diff<&Table::GetDiff16x8FnTbl>("getdiff16x8", 16, 8);
     add_get_diff<&Table::GetDiff8x16FnTbl>("getdiff8x16", 8, 16);
     add_get_diff<&Table::GetDiff8x8FnTbl>("getdiff8x8", 8, 8);
     add_get_diff<&Table::GetDiff8x4FnTbl>("getdiff8x4", 8, 4);
-    add_bidir<&Table::GetDiff16x16BFnTbl>("getdiff16x16b", GetDiffBExercise{16, 16});
-    add_bidir<&Table::GetDiff16x8BFnTbl>("getdiff16x8b", GetDiffBExercise{16, 8});
-    add_bidir<&Table::GetDiff8x16BFnTbl>("getdiff8x16b", GetDiffBExercise{8, 16});
-    add_bidir<&Table::GetDiff8x8BFnTbl>("getdiff8x8b", GetDiffBExercise{8, 8});
-    add_bidir<&Table::GetDiff8x4BFnTbl>("getdiff8x4b", GetDiffBExercise{8, 4});
+    add_bidir<&Table::GetDiff16x16BFnTbl>("getdiff16x16b", GetDiffExercise{16, 16, false, true});
+    add_bidir<&Table::GetDiff16x8BFnTbl>("getdiff16x8b", GetDiffExercise{16, 8, false, true});
+    add_bidir<&Table::GetDiff8x16BFnTbl>("getdiff8x16b", GetDiffExercise{8, 16, false, true});
+    add_bidir<&Table::GetDiff8x8BFnTbl>("getdiff8x8b", GetDiffExercise{8, 8, false, true});
+    add_bidir<&Table::GetDiff8x4BFnTbl>("getdiff8x4b", GetDiffExercise{8, 4, false, true});
 
     add_one<&Table::sub4x4>("sub4x4", SubExercise<uint8_t>{4});
     add_one<&Table::sub8x8>("sub8x8", SubExercise<uint8_t>{8});

