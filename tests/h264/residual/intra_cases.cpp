@@ -37,7 +37,7 @@ void add_all(const std::string& name, in::PredFn (in::Table::*member)[K], int n,
 }  // namespace
 
 KIVVC_CASES(register_h264_intra_cases) {
-    add_all("intra4x4", &in::Table::pred4x4, 4, 3);  // vertical, horizontal, DC
+    add_all("intra4x4", &in::Table::pred4x4, 4, 9);
     add_all("intra4x4_dc", &in::Table::dc4x4, 4, 4);
     add_all("intra16x16", &in::Table::pred16x16, 16, 4);
     add_all("intra16x16_dc", &in::Table::dc16x16, 16, 4);
