@@ -1,9 +1,11 @@
-// SSSE3 H.264 diagonal 4x4 intra modes: the edge line's two- and three-tap
-// means in two registers, then one byte shuffle from each per mode.
+// SSSE3 H.264 diagonal 4x4 and 8x8 intra modes: the edge line's two- and
+// three-tap means in registers, then byte shuffles whose masks come from
+// diagonal_tap.
 #include <tmmintrin.h>
 
 #include <cstdint>
 #include <cstring>
+#include <utility>
 
 #include "h264/residual/intra_kernels.h"
 #include "h264/residual/rows.h"
@@ -59,15 +61,56 @@ void diagonal4x4(const u8* top, const u8* left, u8* dst, int step) {
     }
 }
 
+// 8x8: the line from seven samples below e(0), in two registers per mean
+// (bytes 0..15 and 16..31); each pair of output rows gathers from all four.
+struct Masks8 {
+    std::int8_t m[4][4][16];  // [row pair][two lo, two hi, three lo, three hi][byte]
+};
+constexpr Masks8 masks8_for(int mode) {
+    Masks8 m{};
+    for (int pair = 0; pair < 4; ++pair)
+        for (int b = 0; b < 16; ++b) {
+            const DiagonalTap tap = diagonal_tap(8, mode, b & 7, 2 * pair + (b >> 3));
+            const int at = 7 + tap.index, reg = (tap.three ? 2 : 0) + (at >= 16 ? 1 : 0);
+            for (int r = 0; r < 4; ++r) m.m[pair][r][b] = std::int8_t(r == reg ? at & 15 : -128);
+        }
+    return m;
+}
+template <int Mode>
+constexpr Masks8 kMasks8 = masks8_for(Mode);
+
+template <int Mode>
+void diagonal8x8(const u8* top, const u8* left, u8* dst, int step) {
+    // line: left[7] seven times, left[7..0], top[-1] (bytes 0..15), top[0..15]
+    // (16..31), then top[15].
+    const __m128i lefts = _mm_shuffle_epi8(_mm_loadl_epi64(reinterpret_cast<const __m128i*>(left)),
+                                           _mm_setr_epi8(7, 7, 7, 7, 7, 7, 7, 7, 6, 5, 4, 3, 2, 1, 0, -128));
+    const __m128i lo = _mm_or_si128(lefts, _mm_slli_si128(_mm_cvtsi32_si128(top[-1]), 15));
+    const __m128i hi = _mm_loadu_si128(reinterpret_cast<const __m128i*>(top));
+    const __m128i pad = _mm_set1_epi8(static_cast<char>(top[15]));
+    const __m128i lo1 = _mm_alignr_epi8(hi, lo, 1), hi1 = _mm_alignr_epi8(pad, hi, 1);
+    const __m128i lo2 = _mm_alignr_epi8(hi, lo, 2), hi2 = _mm_alignr_epi8(pad, hi, 2);
+    const __m128i one = _mm_set1_epi8(1);
+    const auto three = [one](__m128i a, __m128i b, __m128i c) {
+        return _mm_avg_epu8(_mm_sub_epi8(_mm_avg_epu8(a, c), _mm_and_si128(_mm_xor_si128(a, c), one)), b);
+    };
+    const __m128i regs[4] = {_mm_avg_epu8(lo, lo1), _mm_avg_epu8(hi, hi1), three(lo, lo1, lo2), three(hi, hi1, hi2)};
+    for (int pair = 0; pair < 4; ++pair) {
+        __m128i out = _mm_setzero_si128();
+        for (int r = 0; r < 4; ++r) out = _mm_or_si128(out, _mm_shuffle_epi8(regs[r], load_mask(kMasks8<Mode>.m[pair][r])));
+        _mm_storel_epi64(reinterpret_cast<__m128i*>(row(dst, step, 2 * pair)), out);
+        _mm_storel_epi64(reinterpret_cast<__m128i*>(row(dst, step, 2 * pair + 1)), _mm_srli_si128(out, 8));
+    }
+}
+
+template <int... M>
+void fill(Table& t, std::integer_sequence<int, M...>) {
+    ((t.pred4x4[M] = &diagonal4x4<M>), ...);
+    ((t.pred8x8[M] = &diagonal8x8<M>), ...);
+}
+
 }  // namespace
 
-void init_intra_ssse3(Table& t) {
-    t.pred4x4[3] = &diagonal4x4<3>;
-    t.pred4x4[4] = &diagonal4x4<4>;
-    t.pred4x4[5] = &diagonal4x4<5>;
-    t.pred4x4[6] = &diagonal4x4<6>;
-    t.pred4x4[7] = &diagonal4x4<7>;
-    t.pred4x4[8] = &diagonal4x4<8>;
-}
+void init_intra_ssse3(Table& t) { fill(t, std::integer_sequence<int, 3, 4, 5, 6, 7, 8>{}); }
 
 }  // namespace kivvc::h264::intra

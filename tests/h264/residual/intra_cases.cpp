@@ -45,7 +45,7 @@ KIVVC_CASES(register_h264_intra_cases) {
     add_all("intra_chroma8x8_dc", &in::Table::dc_chroma8x8, 8, 4);
     add_all("intra_chroma8x16", &in::Table::pred_chroma8x16, 8, 4, 16);
     add_all("intra_chroma8x16_dc", &in::Table::dc_chroma8x16, 8, 4, 16);
-    add_all("intra8x8", &in::Table::pred8x8, 8, 3);  // vertical, horizontal, DC
+    add_all("intra8x8", &in::Table::pred8x8, 8, 9);
     add_all("intra8x8_dc", &in::Table::dc8x8, 8, 4);
 }
 
