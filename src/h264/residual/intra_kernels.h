@@ -93,6 +93,7 @@ struct Table {
 
 void init_intra(Table& t, CpuFlags cpu);
 void init_intra_sse2(Table& t);
+void init_intra16_sse2(Table& t);  // 9..14-bit samples
 void init_intra_ssse3(Table& t);
 
 // The process-wide table, built once from the active CPU flags.

@@ -174,6 +174,7 @@ void init_intra(Table& t, CpuFlags cpu) {
 #if KIVVC_X86
     if (!(cpu & kSse2)) return;
     init_intra_sse2(t);
+    init_intra16_sse2(t);
     if (!(cpu & kSsse3)) return;
     init_intra_ssse3(t);
 #else
