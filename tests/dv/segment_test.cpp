@@ -67,15 +67,10 @@ protected:
     }
 
     void expect_blocks(const Form& f, const std::vector<BlockPlan>& plan, const Segment& s, const Decoded& d,
-                       const Kiv8u* sta_qno, int first_unwritten = 1 << 30) const {
+                       const Kiv8u* sta_qno) const {
         for (int n = 0; n < int(plan.size()); ++n) {
-            if (n >= first_unwritten) {
-                EXPECT_EQ(d.params[std::size_t(n)], 0xEEEEEEEEu);
-                continue;
-            }
-            const auto want = expected_block(plan[std::size_t(n)], scan(f, plan[std::size_t(n)]), kBackground);
-            for (int i = 0; i < 64; ++i)
-                ASSERT_EQ(d.blocks[std::size_t(64 * n + i)], want[std::size_t(i)]) << f.name << " block " << n << " coefficient " << i;
+            const BlockPlan& b = plan[std::size_t(n)];
+            ASSERT_EQ(block(d, n), expected_block(b, scan(f, b), kBackground)) << f.name << " block " << n;
             int byte = (n / f.per_mb) * 80 + 4;
             for (int i = 0; i < n % f.per_mb; ++i) byte += f.lengths[i];
             const Kiv32u param = Kiv32u{sta_qno[n / f.per_mb]} << 16 | Kiv32u{s.bytes[std::size_t(byte)]} << 8 |
@@ -84,9 +79,20 @@ protected:
         }
     }
 
+    static std::vector<Kiv16s> block(const Decoded& d, int n) {
+        return {d.blocks.begin() + 64 * n, d.blocks.begin() + 64 * (n + 1)};
+    }
+
     Kiv32u* table_ = nullptr;
     Kiv32u zigzag_[128];
 };
+
+// `count` random blocks, each of a density drawn from lo..hi (see random_block).
+std::vector<BlockPlan> random_plan(Rng& rng, int count, int lo, int hi) {
+    std::vector<BlockPlan> plan;
+    for (int n = 0; n < count; ++n) plan.push_back(random_block(rng, rng.range(lo, hi)));
+    return plan;
+}
 
 TEST_F(DvSegment, RandomSegmentsRoundTrip) {
     Rng rng(1);
@@ -95,8 +101,7 @@ TEST_F(DvSegment, RandomSegmentsRoundTrip) {
         for (int run = 0; run < 600; ++run) {
             // Densities from sparse (room to spare) to dense (segment-wide spills).
             const int fill = run % 4 == 0 ? rng.range(40, 80) : rng.range(80, 97);
-            std::vector<BlockPlan> plan;
-            for (int n = 0; n < 5 * f.per_mb; ++n) plan.push_back(random_block(rng, fill));
+            const auto plan = random_plan(rng, 5 * f.per_mb, fill, fill);
             Kiv8u sta_qno[5];
             for (auto& v : sta_qno) v = static_cast<Kiv8u>(rng.next());
             const Segment s = write_segment(plan, f.per_mb, f.lengths, sta_qno, rng);
@@ -110,21 +115,13 @@ TEST_F(DvSegment, RandomSegmentsRoundTrip) {
     EXPECT_GT(spilled_far, 50);  // dense segments that still fit were common enough
 }
 
-// Fixed plans for the corner cases, in the first macroblock of an otherwise
-// sparse DV segment.
-std::vector<BlockPlan> sparse_plan(Rng& rng, int count) {
-    std::vector<BlockPlan> plan;
-    for (int n = 0; n < count; ++n) plan.push_back(random_block(rng, 30));
-    return plan;
-}
-
 TEST_F(DvSegment, RedistributionCorners) {
     Rng rng(2);
     const Form& f = kForms[0];
     const Kiv8u sta_qno[5] = {0x12, 0x34, 0x56, 0x78, 0x9A};
     for (int shape = 0; shape < 5; ++shape) {
         for (int run = 0; run < 50; ++run) {
-            auto plan = sparse_plan(rng, 30);
+            auto plan = random_plan(rng, 30, 30, 30);
             BlockPlan& b = plan[0];
             b.events.clear();
             // Block 0 has 100 bits for its codes: 32 three-bit codes and the
@@ -160,7 +157,7 @@ TEST_F(DvSegment, PastPosition63IsAnErrorInEveryPass) {
         // Block `victim` codes 63 ones and then one more: in its own area
         // (a long zero run), in its macroblock's spare bits, or in the segment's.
         for (int where = 0; where < 3; ++where) {
-            auto plan = sparse_plan(rng, 5 * f.per_mb);
+            auto plan = random_plan(rng, 5 * f.per_mb, 30, 30);
             const int victim = where == 2 ? f.per_mb + 1 : 1;
             BlockPlan& b = plan[std::size_t(victim)];
             b.events.clear();
@@ -189,7 +186,7 @@ TEST_F(DvSegment, PastPosition63IsAnErrorInEveryPass) {
                 BlockPlan first = b;
                 first.events.pop_back();
                 const auto want = expected_block(first, scan(f, first), kBackground);
-                for (int i = 0; i < 64; ++i) EXPECT_EQ(quick.blocks[std::size_t(64 * victim + i)], want[std::size_t(i)]);
+                EXPECT_EQ(block(quick, victim), want);
             } else {
                 EXPECT_NE(d.params.back(), 0xEEEEEEEEu);
             }
@@ -201,8 +198,7 @@ TEST_F(DvSegment, BitsRunningOutIsNotAnError) {
     Rng rng(4);
     const Kiv8u sta_qno[5] = {};
     for (const Form& f : kForms) {
-        std::vector<BlockPlan> plan;
-        for (int n = 0; n < 5 * f.per_mb; ++n) plan.push_back(random_block(rng, 99));
+        auto plan = random_plan(rng, 5 * f.per_mb, 99, 99);
         for (auto& b : plan)  // escapes everywhere: far more bits than the segment holds
             for (auto& e : b.events) e = {0, 100, true};
         const Segment s = write_segment(plan, f.per_mb, f.lengths, sta_qno, rng);
@@ -224,7 +220,7 @@ TEST_F(DvSegment, CodeWithoutEntryIsAnError) {
     Kiv32u* bare = nullptr;
     ASSERT_EQ(kiviInitAllocHuffmanTable_DV_32u(kivDvCodeFirstLevel, kEmpty, &bare), kivStsOk);
     Rng rng(6);
-    auto plan = sparse_plan(rng, 30);
+    auto plan = random_plan(rng, 30, 30, 30);
     plan[0].events = {{0, 18, false}};  // 1111 0101 1 + sign: second level
     const Kiv8u sta_qno[5] = {};
     const Segment s = write_segment(plan, 6, kivvc::dv::nDVSD_BitSequenceLengths, sta_qno, rng);
@@ -239,8 +235,7 @@ TEST_F(DvSegment, OnePassStaysInItsAreaAndStopsAtTheLimit) {
     Rng rng(7);
     for (const Form& f : kForms) {
         for (int run = 0; run < 200; ++run) {
-            std::vector<BlockPlan> plan;
-            for (int n = 0; n < 5 * f.per_mb; ++n) plan.push_back(random_block(rng, rng.range(50, 97)));
+            const auto plan = random_plan(rng, 5 * f.per_mb, 50, 97);
             Kiv8u sta_qno[5];
             for (auto& v : sta_qno) v = static_cast<Kiv8u>(rng.next());
             const Segment s = write_segment(plan, f.per_mb, f.lengths, sta_qno, rng);
@@ -261,10 +256,8 @@ TEST_F(DvSegment, OnePassStaysInItsAreaAndStopsAtTheLimit) {
                     if (bits > room) break;
                     k += b.events[events].run + 1;
                 }
-                const auto want = expected_block(b, scan(f, b), kBackground, events);
-                for (int i = 0; i < 64; ++i)
-                    ASSERT_EQ(d.blocks[std::size_t(64 * n + i)], want[std::size_t(i)])
-                        << f.name << " run " << run << " limit " << limit << " block " << n << " at " << i;
+                ASSERT_EQ(block(d, n), expected_block(b, scan(f, b), kBackground, events))
+                    << f.name << " run " << run << " limit " << limit << " block " << n;
                 EXPECT_NE(d.params[std::size_t(n)], 0xEEEEEEEEu);
             }
         }

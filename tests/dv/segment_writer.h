@@ -16,14 +16,31 @@ namespace kivvc::test::dv {
 struct Code {
     std::uint32_t bits;
     int length;
+    int run, amplitude;  // amplitude signed
 };
 
-// (run, amplitude) -> code, from the two source tables (amplitude signed).
+// The codes of one source table level, after `prefix_bits` bits of `prefix`.
+inline std::vector<Code> level_codes(const Kiv32s* src, std::uint32_t prefix, int prefix_bits) {
+    std::vector<Code> out;
+    const Kiv32s* p = src + 3;
+    for (int length = 1; length <= src[0]; ++length)
+        for (int i = 0, count = *p++; i < count; ++i, p += 3)
+            out.push_back({(prefix << length) | std::uint32_t(p[0]), length + prefix_bits, p[1], p[2]});
+    return out;
+}
+// The shipped code: the first level, then the second after 1111.
+inline std::vector<Code> shipped_codes() {
+    auto all = level_codes(kivDvCodeFirstLevel, 0, 0);
+    const auto second = level_codes(kivDvCodeSecondLevel, 0xF, 4);
+    all.insert(all.end(), second.begin(), second.end());
+    return all;
+}
+
+// (run, amplitude) -> code.
 class Codebook {
 public:
     Codebook() {
-        add_level(kivDvCodeFirstLevel, 0, 0);
-        add_level(kivDvCodeSecondLevel, 0xF, 4);
+        for (const Code& c : shipped_codes()) codes_[{c.run, c.amplitude}] = c;
     }
     const Code* find(int run, int amplitude) const {
         const auto it = codes_.find({run, amplitude});
@@ -31,14 +48,6 @@ public:
     }
 
 private:
-    void add_level(const Kiv32s* src, std::uint32_t prefix, int prefix_bits) {
-        const Kiv32s* p = src + 3;
-        for (int length = 1; length <= src[0]; ++length) {
-            const int count = *p++;
-            for (int i = 0; i < count; ++i, p += 3)
-                codes_[{p[1], p[2]}] = Code{(prefix << length) | std::uint32_t(p[0]), length + prefix_bits};
-        }
-    }
     std::map<std::pair<int, int>, Code> codes_;
 };
 

@@ -8,48 +8,21 @@
 #include <vector>
 
 #include "dv/dv_vlc_source.h"
+#include "dv/segment_writer.h"
 #include "kivvc.h"
 
 namespace {
 
-struct FullCode {
-    std::uint32_t bits;
-    int length;
-};
-
-// Every code of the shipped tables as a whole bit string, plus end of block
-// and the 512 amplitude escapes.
-std::vector<FullCode> whole_code() {
-    std::vector<FullCode> all;
-    auto add_level = [&](const Kiv32s* src, std::uint32_t prefix, int prefix_bits) {
-        const Kiv32s* p = src + 3;
-        for (int length = 1; length <= src[0]; ++length) {
-            const int count = *p++;
-            for (int i = 0; i < count; ++i, p += 3)
-                all.push_back({prefix << length | std::uint32_t(p[0]), length + prefix_bits});
-        }
-    };
-    add_level(kivDvCodeFirstLevel, 0, 0);
-    add_level(kivDvCodeSecondLevel, 0xF, 4);
-    all.push_back({0x6, 4});
-    for (std::uint32_t v = 0; v < 512; ++v) all.push_back({0x7F << 9 | v, 16});
-    return all;
-}
+using namespace kivvc::test::dv;
 
 TEST(DvCode, CountsPrefixFreeAndComplete) {
-    auto count = [](const Kiv32s* src) {
-        int n = 0;
-        const Kiv32s* p = src + 3;
-        for (int length = 1; length <= src[0]; ++length) {
-            n += *p;
-            p += 1 + 3 * *p;
-        }
-        return n;
-    };
     // 37 signed pairs up to 9 bits; beyond, 45 signed pairs and 2 + 4 + 64 zero runs.
-    EXPECT_EQ(count(kivDvCodeFirstLevel), 74);
-    EXPECT_EQ(count(kivDvCodeSecondLevel), 2 * 45 + 70);
-    const auto all = whole_code();
+    EXPECT_EQ(level_codes(kivDvCodeFirstLevel, 0, 0).size(), 74u);
+    EXPECT_EQ(level_codes(kivDvCodeSecondLevel, 0xF, 4).size(), 2u * 45 + 70);
+    // With end of block and the 512 amplitude escapes.
+    auto all = shipped_codes();
+    all.push_back({0x6, 4, 0, 0});
+    for (std::uint32_t v = 0; v < 512; ++v) all.push_back({0x7F << 9 | v, 16, 0, 0});
     double kraft = 0;
     for (const auto& c : all) kraft += std::ldexp(1.0, -c.length);
     EXPECT_DOUBLE_EQ(kraft, 1.0);

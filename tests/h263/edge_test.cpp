@@ -42,9 +42,7 @@ enum class Kind { Deblock8, Deblock16, Boundary };
 void check_edge(kivvc::test::Rng& rng, Kind kind, bool horizontal, int qp, int flatness) {
     Picture pic;
     const int base = rng.range(0, 255);
-    for (auto& v : pic.px) v = static_cast<Kiv8u>(flatness ? kivvc::test::Rng(rng.next()).range(0, 255) : base);
-    if (flatness)
-        for (auto& v : pic.px) v = static_cast<Kiv8u>(clip255(base + rng.range(-flatness, flatness)));
+    for (auto& v : pic.px) v = static_cast<Kiv8u>(clip255(base + rng.range(-flatness, flatness)));
     Picture want = pic;
     const int lines = kind == Kind::Deblock8 ? 8 : 16;
     for (int i = 0; i < lines; ++i) {
@@ -88,34 +86,7 @@ TEST(H263EdgeFilters, MatchLineEquationsOnRandomPictures) {
     }
 }
 
-// A = B = 0, C = D = 16 across a horizontal edge, filtered at the given QP.
-std::array<int, 4> step_line(int qp, bool unlimited, int lo = 0, int hi = 16) {
-    Kiv8u col[4] = {Kiv8u(lo), Kiv8u(lo), Kiv8u(hi), Kiv8u(hi)};
-    std::vector<Kiv8u> pic(4 * 16);
-    for (int r = 0; r < 4; ++r)
-        for (int x = 0; x < 16; ++x) pic[r * 16 + x] = col[r];
-    const KivStatus st = unlimited ? kiviFilterDeblocking16x16HorEdge_H263_8u_C1IR(pic.data() + 32, 16)
-                                   : kiviFilterDeblocking8x8HorEdge_H263_8u_C1IR(pic.data() + 32, 16, qp);
-    EXPECT_EQ(st, kivStsOk);
-    return {pic[0], pic[16], pic[32], pic[48]};
-}
-
-TEST(H263EdgeFilters, StrengthRampAndTruncation) {
-    EXPECT_EQ(step_line(1, false), (std::array<int, 4>{0, 0, 16, 16}));  // d = 6 >= 2S: untouched
-    EXPECT_EQ(step_line(0, true), (std::array<int, 4>{3, 6, 10, 13}));   // d2 = -4 limited to -3
-    EXPECT_EQ(step_line(31, false), (std::array<int, 4>{3, 6, 10, 13}));
-    EXPECT_EQ(step_line(0, true, 16, 0), (std::array<int, 4>{13, 10, 6, 3}));  // d = -48 / 8 = -6
-    // S = 4 (QP 8): d = 6 lies on the falling ramp, d1 = 2S - d = 2, d2 limited to 1.
-    EXPECT_EQ(step_line(8, false), (std::array<int, 4>{1, 2, 14, 15}));
-}
-
-TEST(H263EdgeFilters, BoundaryExtremesAndArgumentChecks) {
-    std::vector<Kiv8u> pic(2 * 16);
-    for (int x = 0; x < 16; ++x) pic[16 + x] = 255;
-    ASSERT_EQ(kiviFilterBlockBoundaryHorEdge_H263_8u_C1IR(pic.data() + 16, 16), kivStsOk);
-    EXPECT_EQ(pic[5], 64);
-    EXPECT_EQ(pic[21], 191);
-
+TEST(H263EdgeFilters, QuantiserAndPointerChecks) {
     std::vector<Kiv8u> steep(4 * 16);
     for (int i = 0; i < 64; ++i) steep[i] = static_cast<Kiv8u>(i < 32 ? 0 : 40);
     const auto before = steep;

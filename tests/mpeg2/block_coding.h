@@ -17,20 +17,27 @@ namespace kivvc::test::mpeg2 {
 
 enum class Standard { Mpeg1, Mpeg2 };
 
-// Built tables shared by the tests, released at exit.
+// Built decoder and encoder tables shared by the tests, released at exit.
 struct Tables {
-    Kiv32s* dc_luma = nullptr;
-    Kiv32s* zero = nullptr;
-    Kiv32s* one = nullptr;
+    Kiv32s *dc_luma = nullptr, *zero = nullptr, *one = nullptr;  // decoding
+    Kiv32s *encode_zero = nullptr, *encode_one = nullptr;
+    Kiv32s encode_dc[2 * 12];  // (code, length) per size
     Tables() {
-        kiviHuffmanTableInitAlloc_32s(dc_luma_source().data(), &dc_luma);
-        kiviHuffmanRunLevelTableInitAlloc_32s(table_zero_source().data(), &zero);
-        kiviHuffmanRunLevelTableInitAlloc_32s(table_one_source().data(), &one);
+        kiviHuffmanTableInitAlloc_32s(source_table(codes_of(kDcLuma), {5, 5}, false).data(), &dc_luma);
+        kiviHuffmanRunLevelTableInitAlloc_32s(coefficient_source(false).data(), &zero);
+        kiviHuffmanRunLevelTableInitAlloc_32s(coefficient_source(true).data(), &one);
+        kiviCreateRLEncodeTable(coefficient_source(false).data(), &encode_zero);
+        kiviCreateRLEncodeTable(coefficient_source(true).data(), &encode_one);
+        for (int s = 0; s < 12; ++s) {
+            const Code c = parse(kDcLuma[s]);
+            encode_dc[2 * s] = Kiv32s(c.bits);
+            encode_dc[2 * s + 1] = c.length;
+        }
     }
     ~Tables() {
-        kiviHuffmanTableFree_32s(dc_luma);
-        kiviHuffmanTableFree_32s(zero);
-        kiviHuffmanTableFree_32s(one);
+        for (Kiv32s* t : {dc_luma, zero, one}) kiviHuffmanTableFree_32s(t);
+        kivsFree(encode_zero);
+        kivsFree(encode_one);
     }
     static const Tables& get() {
         static const Tables t;
@@ -40,8 +47,8 @@ struct Tables {
 
 class CodeBook {
 public:
-    explicit CodeBook(const std::vector<Code>& codes) {
-        for (const auto& c : codes) {
+    explicit CodeBook(bool table_one) {
+        for (const auto& c : coefficient_codes(table_one)) {
             if (c.run == kEndOfBlockRun)
                 eob_ = c;
             else if (c.run == kEscapeRun)
@@ -49,6 +56,10 @@ public:
             else
                 map_[{c.run, c.level}] = c;
         }
+    }
+    static const CodeBook& get(bool table_one) {
+        static const CodeBook zero(false), one(true);
+        return table_one ? one : zero;
     }
     const Code* find(int run, int level) const {
         auto it = map_.find({run, level});
@@ -62,15 +73,6 @@ private:
     Code eob_{}, escape_{};
 };
 
-inline const CodeBook& book_zero() {
-    static const CodeBook b(table_zero_codes());
-    return b;
-}
-inline const CodeBook& book_one() {
-    static const CodeBook b(table_one_codes());
-    return b;
-}
-
 // Writes (run, level) as a table code or an escape of the standard.
 inline void put_pair(bits::WordWriter& w, const CodeBook& book, Standard s, int run, int level) {
     if (const Code* c = book.find(run, level)) {
@@ -83,12 +85,9 @@ inline void put_pair(bits::WordWriter& w, const CodeBook& book, Standard s, int 
         w.put(std::uint32_t(level) & 0xFFF, 12);
     } else if (level >= -127 && level <= 127) {
         w.put(std::uint32_t(level) & 0xFF, 8);
-    } else if (level > 0) {
-        w.put(0, 8);
-        w.put(std::uint32_t(level), 8);
     } else {
-        w.put(0x80, 8);
-        w.put(std::uint32_t(level + 256), 8);
+        w.put(level > 0 ? 0 : 0x80, 8);
+        w.put(std::uint32_t(level > 0 ? level : level + 256), 8);
     }
 }
 
@@ -124,6 +123,21 @@ inline std::vector<Kiv32s> random_scan(Rng& rng) {
     for (int i = 0; i < 64; ++i) s[i] = i;
     for (int i = 63; i > 0; --i) std::swap(s[i], s[rng.range(0, i)]);
     return s;
+}
+
+// One block through the library's decoder of that standard and kind; the
+// alternative table is taken for intra blocks only.
+inline KivStatus decode_block(Standard s, bool intra, bool table_one, Kiv32u** p, Kiv32s* off, const Kiv32s* scan,
+                              int q, Kiv16s* matrix, Kiv16s* pred, int dc_shift, Kiv16s* block, Kiv32s* size) {
+    const auto& t = Tables::get();
+    const Kiv32s* ac = table_one ? t.one : t.zero;
+    Kiv32s* sc = const_cast<Kiv32s*>(scan);
+    if (s == Standard::Mpeg1)
+        return intra ? kiviReconstructDCTBlockIntra_MPEG1_32s(p, off, t.dc_luma, ac, sc, q, matrix, pred, block, size)
+                     : kiviReconstructDCTBlock_MPEG1_32s(p, off, t.zero, ac, sc, q, matrix, block, size);
+    return intra ? kiviReconstructDCTBlockIntra_MPEG2_32s(p, off, t.dc_luma, ac, sc, q, matrix, pred, dc_shift, block,
+                                                          size)
+                 : kiviReconstructDCTBlock_MPEG2_32s(p, off, t.zero, ac, sc, q, matrix, block, size);
 }
 
 }  // namespace kivvc::test::mpeg2

@@ -41,18 +41,17 @@ void expect_prefix_free(const std::vector<Code>& codes, double expected_kraft, s
 }
 
 TEST(Mpeg2CodeTables, ArePrefixFreeWithTheExpectedSizes) {
-    expect_prefix_free(plain_codes(kDcLuma), 1.0, 12);
-    expect_prefix_free(plain_codes(kDcChroma), 1.0, 12);
+    expect_prefix_free(codes_of(kDcLuma), 1.0, 12);
+    expect_prefix_free(codes_of(kDcChroma), 1.0, 12);
     // 111 run/level pairs (both signs), end of block and escape. Table zero
     // leaves only the 12-zero prefix unused.
-    expect_prefix_free(table_zero_codes(), 1.0 - 1.0 / 4096, 224);
-    auto one = table_one_codes();
+    const auto zero = coefficient_codes(false), one = coefficient_codes(true);
+    expect_prefix_free(zero, 1.0 - 1.0 / 4096, 224);
     double kraft = 0;
     for (const auto& c : one) kraft += 1.0 / double(1u << c.length);
     expect_prefix_free(one, kraft, 224);
     EXPECT_LT(kraft, 1.0);
     // Same (run, level) set in both tables.
-    auto zero = table_zero_codes();
     for (const auto& a : zero) {
         int found = 0;
         for (const auto& b : one) found += a.run == b.run && a.level == b.level;
@@ -65,17 +64,9 @@ TEST(Mpeg2Huffman, BuiltLayoutIsExact) {
     const Kiv32s src[] = {0, 2, 2, 2, 1, 1, 5, 1, 1, 6, 1, 1, 7, 1, 1, 8, -1};
     Built b;
     ASSERT_EQ(kiviHuffmanTableInitAlloc_32s(src, &b.t), kivStsOk);
-    const Kiv32s expect[] = {2,
-                             (5 << 8) | 0x80,  // link to word 5
-                             6 << 8,
-                             (5 << 8) | 1,
-                             (5 << 8) | 1,
-                             2,
-                             0x00F0F101,
-                             8 << 8,
-                             (7 << 8) | 1,
-                             (7 << 8) | 1};
-    for (int i = 0; i < 10; ++i) EXPECT_EQ(b.t[i], expect[i]) << "word " << i;
+    const std::vector<Kiv32s> expect = {2, (5 << 8) | 0x80 /* link to word 5 */, 6 << 8, (5 << 8) | 1, (5 << 8) | 1,
+                                        2, 0x00F0F101, 8 << 8, (7 << 8) | 1, (7 << 8) | 1};
+    EXPECT_EQ(std::vector<Kiv32s>(b.t, b.t + 10), expect);
 
     // One level of width 9 holding the 3-bit code 101: 64 entries, 6 bits back.
     const Kiv32s one[] = {0, 1, 9, 0, 0, 1, 5, -3, -1};
@@ -138,12 +129,11 @@ TEST(Mpeg2Huffman, DecodesWhatWasWrittenAtEveryDepth) {
     Rng rng(7);
     const std::vector<std::vector<int>> layouts = {{17}, {9, 8}, {8, 5, 4}, {4, 4, 4, 4, 4}, {2, 3, 2, 5, 1, 6}};
     for (const auto& widths : layouts) {
-        round_trip(table_zero_codes(), table_zero_source(widths), true, rng);
-        round_trip(table_one_codes(), table_one_source(widths), true, rng);
-        if (widths.size() > 1 || widths[0] <= 12) {
-            round_trip(plain_codes(kDcLuma), dc_luma_source(widths), false, rng);
-            round_trip(plain_codes(kDcChroma), dc_chroma_source(widths), false, rng);
-        }
+        for (bool table_one : {false, true})
+            round_trip(coefficient_codes(table_one), coefficient_source(table_one, widths), true, rng);
+        if (widths.size() > 1 || widths[0] <= 12)
+            for (const auto& dc : {codes_of(kDcLuma), codes_of(kDcChroma)})
+                round_trip(dc, source_table(dc, widths, false), false, rng);
     }
 }
 
@@ -217,7 +207,7 @@ void counting_free(void* p) {
 }
 
 TEST(Mpeg2Huffman, AllocationFailureLeaksNothing) {
-    const auto src = table_zero_source();
+    const auto src = coefficient_source(false);
     void* (*saved_malloc)(size_t) = i_malloc;
     void (*saved_free)(void*) = i_free;
     i_malloc = counting_malloc;

@@ -62,114 +62,66 @@ struct QuantInvExercise {
     }
 };
 
-// Residuals: usually small, sometimes anywhere in 16 bits.
-template <class P>
-Plane<const std::int16_t> residual(P& p, int w, int h) {
-    const auto r = p.rng.chance(4) ? p.template in_plane<std::int16_t>(w, h, -32768, 32767)
-                                   : p.template in_plane<std::int16_t>(w, h, -300, 300);
-    return {r.ptr, r.step};
-}
-
+// Motion compensation from one or two references, plus a residual usually
+// small, sometimes anywhere in 16 bits. The last argument is the height
+// (macroblock-wide kernels) or the rounding control (small blocks).
 struct McExercise {
     int w, h, right;
-    template <class P>
-    void operator()(const void* f, P& p) const {
-        const auto ref = p.template in_plane<std::uint8_t>(w, h, 0, 255, 0, 0, right, 1);
-        const auto res = residual(p, w, h);
-        const auto dst = p.template out_plane<std::uint8_t>(w, h);
-        const auto fn = reinterpret_cast<mpeg2::McFn>(f);
-        const int height = h;
-        p.call([=] { fn(ref.ptr, ref.step, res.ptr, res.step, dst.ptr, dst.step, height); });
-    }
-};
-
-struct McBExercise {
-    int w, h, right;
+    bool two, small;
     template <class P>
     void operator()(const void* f, P& p) const {
         const auto a = p.template in_plane<std::uint8_t>(w, h, 0, 255, 0, 0, right, 1);
-        const auto b = p.template in_plane<std::uint8_t>(w, h, 0, 255, 0, 0, right, 1);
-        const auto res = residual(p, w, h);
+        const auto b = two ? p.template in_plane<std::uint8_t>(w, h, 0, 255, 0, 0, right, 1) : a;
+        const auto res = p.rng.chance(4) ? p.template in_plane<std::int16_t>(w, h, -32768, 32767)
+                                         : p.template in_plane<std::int16_t>(w, h, -300, 300);
         const auto dst = p.template out_plane<std::uint8_t>(w, h);
-        const auto fn = reinterpret_cast<mpeg2::McBFn>(f);
-        const int height = h;
-        p.call([=] { fn(a.ptr, a.step, b.ptr, b.step, res.ptr, res.step, dst.ptr, dst.step, height); });
-    }
-};
-
-struct McSmallExercise {
-    int w, h;
-    template <class P>
-    void operator()(const void* f, P& p) const {
-        const auto ref = p.template in_plane<std::uint8_t>(w, h, 0, 255, 0, 0, 1, 1);
-        const auto res = residual(p, w, h);
-        const auto dst = p.template out_plane<std::uint8_t>(w, h);
-        const int rc = p.value(0, 3);
-        const auto fn = reinterpret_cast<mpeg2::McSmallFn>(f);
-        p.call([=] { fn(ref.ptr, ref.step, res.ptr, res.step, dst.ptr, dst.step, rc); });
-    }
-};
-
-struct McSmallBExercise {
-    int w, h;
-    template <class P>
-    void operator()(const void* f, P& p) const {
-        const auto a = p.template in_plane<std::uint8_t>(w, h, 0, 255, 0, 0, 1, 1);
-        const auto b = p.template in_plane<std::uint8_t>(w, h, 0, 255, 0, 0, 1, 1);
-        const auto res = residual(p, w, h);
-        const auto dst = p.template out_plane<std::uint8_t>(w, h);
-        const int rc = p.value(0, 3);
-        const auto fn = reinterpret_cast<mpeg2::McSmallBFn>(f);
-        p.call([=] { fn(a.ptr, a.step, b.ptr, b.step, res.ptr, res.step, dst.ptr, dst.step, rc); });
+        const int last = small ? p.value(0, 3) : h;
+        if (two) {
+            const auto fn = reinterpret_cast<mpeg2::McBFn>(f);
+            p.call([=] { fn(a.ptr, a.step, b.ptr, b.step, res.ptr, res.step, dst.ptr, dst.step, last); });
+        } else {
+            const auto fn = reinterpret_cast<mpeg2::McFn>(f);
+            p.call([=] { fn(a.ptr, a.step, res.ptr, res.step, dst.ptr, dst.step, last); });
+        }
     }
 };
 
 template <auto Single, auto Double>
 void add_mc_tables(const std::string& name, int w, int h, int right) {
     for (int i = 0; i < 8; ++i)
-        add_case(
-            "mpeg2", name + "/" + kPositions[i / 2] + std::to_string(i % 2),
-            [i](CpuFlags f) { return (at(f).*Single)[i]; }, McExercise{w, h, right});
+        add_case("mpeg2", name + "/" + kPositions[i / 2] + std::to_string(i % 2),
+                 [i](CpuFlags f) { return (at(f).*Single)[i]; }, McExercise{w, h, right, false, false});
     for (int i = 0; i < 32; ++i)
-        add_case(
-            "mpeg2", name + "B/" + kPositions[(i / 2) % 4] + kPositions[i / 8] + std::to_string(i % 2),
-            [i](CpuFlags f) { return (at(f).*Double)[i]; }, McBExercise{w, h, right});
+        add_case("mpeg2", name + "B/" + kPositions[(i / 2) % 4] + kPositions[i / 8] + std::to_string(i % 2),
+                 [i](CpuFlags f) { return (at(f).*Double)[i]; }, McExercise{w, h, right, true, false});
 }
 
 template <auto Single, auto Double>
 void add_mc_small_tables(const std::string& name, int w, int h) {
     for (int i = 0; i < 16; i += 4)
-        add_case(
-            "mpeg2", name + "/" + kPositions[i / 4], [i](CpuFlags f) { return (at(f).*Single)[i]; },
-            McSmallExercise{w, h});
+        add_case("mpeg2", name + "/" + kPositions[i / 4], [i](CpuFlags f) { return (at(f).*Single)[i]; },
+                 McExercise{w, h, 1, false, true});
     for (int i = 0; i < 16; ++i)
-        add_case(
-            "mpeg2", name + "B/" + kPositions[i % 4] + kPositions[i / 4],
-            [i](CpuFlags f) { return (at(f).*Double)[i]; }, McSmallBExercise{w, h});
+        add_case("mpeg2", name + "B/" + kPositions[i % 4] + kPositions[i / 4],
+                 [i](CpuFlags f) { return (at(f).*Double)[i]; }, McExercise{w, h, 1, true, true});
 }
 
 }  // namespace
 
 KIVVC_CASES(register_mpeg2_cases) {
     for (int i = 0; i < mpeg2::kIdctPaths; ++i) {
-        add_case(
-            "mpeg2", std::string("idct16s/") + kPaths[i], [i](CpuFlags f) { return at(f).idct16s[i]; },
-            IdctExercise<std::int16_t, mpeg2::Idct16Fn>{});
+        add_case("mpeg2", std::string("idct16s/") + kPaths[i], [i](CpuFlags f) { return at(f).idct16s[i]; },
+                 IdctExercise<std::int16_t, mpeg2::Idct16Fn>{});
         if (i > 0)
-            add_case(
-                "mpeg2", std::string("idct8u/") + kPaths[i], [i](CpuFlags f) { return at(f).idct8u[i]; },
-                IdctExercise<std::uint8_t, mpeg2::Idct8Fn>{});
+            add_case("mpeg2", std::string("idct8u/") + kPaths[i], [i](CpuFlags f) { return at(f).idct8u[i]; },
+                     IdctExercise<std::uint8_t, mpeg2::Idct8Fn>{});
     }
-    add_case(
-        "mpeg2", "interleave16s", [](CpuFlags f) { return at(f).interleave16s; },
-        InterleaveExercise<std::int16_t, mpeg2::Interleave16Fn>{});
-    add_case(
-        "mpeg2", "interleave8u", [](CpuFlags f) { return at(f).interleave8u; },
-        InterleaveExercise<std::uint8_t, mpeg2::Interleave8Fn>{});
-    add_case(
-        "mpeg2", "quantinv_intra", [](CpuFlags f) { return at(f).quant_inv_intra; }, QuantInvExercise{});
-    add_case(
-        "mpeg2", "quantinv", [](CpuFlags f) { return at(f).quant_inv; }, QuantInvExercise{});
+    add_case("mpeg2", "interleave16s", [](CpuFlags f) { return at(f).interleave16s; },
+             InterleaveExercise<std::int16_t, mpeg2::Interleave16Fn>{});
+    add_case("mpeg2", "interleave8u", [](CpuFlags f) { return at(f).interleave8u; },
+             InterleaveExercise<std::uint8_t, mpeg2::Interleave8Fn>{});
+    add_case("mpeg2", "quantinv_intra", [](CpuFlags f) { return at(f).quant_inv_intra; }, QuantInvExercise{});
+    add_case("mpeg2", "quantinv", [](CpuFlags f) { return at(f).quant_inv; }, QuantInvExercise{});
     add_mc_tables<&Table::MC16xHFunctionTable_mmp, &Table::MC16xHBFunctionTable_mmp>("mc16x16", 16, 16, 1);
     add_mc_tables<&Table::MC16xHUVFunctionTable_mmp, &Table::MC16xHUVBFunctionTable_mmp>("mc16x8uv", 16, 8, 2);
     add_mc_tables<&Table::MC8xHFunctionTable_mmp, &Table::MC8xHBFunctionTable_mmp>("mc8x8", 8, 8, 1);

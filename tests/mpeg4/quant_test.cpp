@@ -10,11 +10,14 @@
 #include <vector>
 
 #include "kivvc.h"
+#include "mpeg4/bit_text.h"
 #include "support/kernel_case.h"
 
 namespace {
 
 using Block = std::array<Kiv16s, 64>;
+using kivvc::test::block_of;
+using kivvc::test::Entries;
 
 // Record memory deliberately misaligned by `skew` bytes.
 struct Memory {
@@ -31,6 +34,13 @@ struct Memory {
     Kiv8u* aligned() { return raw() + ((16 - skew % 16) % 16); }
 };
 
+template <class T>
+T read(const Kiv8u* p) {
+    T v;
+    std::memcpy(&v, p, sizeof v);
+    return v;
+}
+
 std::array<Kiv8u, 64> test_matrix(int seed, int lo = 1, int hi = 255) {
     kivvc::test::Rng rng(seed);
     std::array<Kiv8u, 64> m{};
@@ -39,15 +49,12 @@ std::array<Kiv8u, 64> test_matrix(int seed, int lo = 1, int hi = 255) {
 }
 
 TEST(Mpeg4QuantRecord, SizesLayoutAndIdentifiers) {
-    int size = 0;
-    EXPECT_EQ(kiviQuantIntraGetSize_MPEG4(&size), kivStsOk);
-    EXPECT_EQ(size, 412);
-    EXPECT_EQ(kiviQuantInterGetSize_MPEG4(&size), kivStsOk);
-    EXPECT_EQ(size, 412);
-    EXPECT_EQ(kiviQuantInvIntraGetSize_MPEG4(&size), kivStsOk);
-    EXPECT_EQ(size, 156);
-    EXPECT_EQ(kiviQuantInvInterGetSize_MPEG4(&size), kivStsOk);
-    EXPECT_EQ(size, 156);
+    for (auto [get_size, want] : {std::pair{&kiviQuantIntraGetSize_MPEG4, 412}, {&kiviQuantInterGetSize_MPEG4, 412},
+                                  {&kiviQuantInvIntraGetSize_MPEG4, 156}, {&kiviQuantInvInterGetSize_MPEG4, 156}}) {
+        int size = 0;
+        EXPECT_EQ(get_size(&size), kivStsOk);
+        EXPECT_EQ(size, want);
+    }
     EXPECT_EQ(kiviQuantIntraGetSize_MPEG4(nullptr), kivStsNullPointer);
     EXPECT_EQ(kiviQuantInvInterGetSize_MPEG4(nullptr), kivStsNullPointer);
 
@@ -58,29 +65,20 @@ TEST(Mpeg4QuantRecord, SizesLayoutAndIdentifiers) {
         ASSERT_EQ(kiviQuantIntraInit_MPEG4(m.data(), f.as<KiviQuantIntraSpec_MPEG4>(), 8), kivStsOk);
         const Kiv8u* r = f.aligned();
         for (int i = 0; i < 64; ++i) {
-            Kiv16u w;
-            Kiv32u rc;
-            std::memcpy(&w, r + 2 * i, 2);
-            std::memcpy(&rc, r + 128 + 4 * i, 4);
-            EXPECT_EQ(w, m[i] >> 1);
-            EXPECT_EQ(rc, 65536u / m[i] + 1);
+            EXPECT_EQ(read<Kiv16u>(r + 2 * i), m[i] >> 1);
+            EXPECT_EQ(read<Kiv32u>(r + 128 + 4 * i), 65536u / m[i] + 1);
         }
-        Kiv32s fields[3];
-        std::memcpy(fields, r + 384, 12);
-        EXPECT_EQ(fields[0], 8);
-        EXPECT_EQ(fields[1], 1);
+        EXPECT_EQ(read<Kiv32s>(r + 384), 8);
+        EXPECT_EQ(read<Kiv32s>(r + 388), 1);
         EXPECT_EQ(std::memcmp(r + 392, "TAMC", 4), 0);
         ASSERT_EQ(kiviQuantInterInit_MPEG4(m.data(), f.as<KiviQuantInterSpec_MPEG4>(), 9), kivStsOk);
-        Kiv16u w0;
-        std::memcpy(&w0, r, 2);
-        EXPECT_EQ(w0, m[0]);
+        EXPECT_EQ(read<Kiv16u>(r), m[0]);
         EXPECT_EQ(std::memcmp(r + 392, "UAMC", 4), 0);
 
         Memory v(156, skew);
         ASSERT_EQ(kiviQuantInvIntraInit_MPEG4(nullptr, v.as<KiviQuantInvIntraSpec_MPEG4>(), 12), kivStsOk);
-        std::memcpy(fields, v.aligned() + 128, 12);
-        EXPECT_EQ(fields[0], 12);
-        EXPECT_EQ(fields[1], 0);
+        EXPECT_EQ(read<Kiv32s>(v.aligned() + 128), 12);
+        EXPECT_EQ(read<Kiv32s>(v.aligned() + 132), 0);
         EXPECT_EQ(std::memcmp(v.aligned() + 136, "RAMC", 4), 0);
         ASSERT_EQ(kiviQuantInvInterInit_MPEG4(m.data(), v.as<KiviQuantInvInterSpec_MPEG4>(), 4), kivStsOk);
         EXPECT_EQ(std::memcmp(v.aligned() + 136, "SAMC", 4), 0);
@@ -108,9 +106,7 @@ TEST(Mpeg4QuantRecord, InitChecks) {
     m[10] = 0;
     Memory v(156);
     EXPECT_EQ(kiviQuantInvInterInit_MPEG4(m.data(), v.as<KiviQuantInvInterSpec_MPEG4>(), 8), kivStsBadQp);
-    Kiv32s flag;
-    std::memcpy(&flag, v.aligned() + 132, 4);
-    EXPECT_EQ(flag, 0);
+    EXPECT_EQ(read<Kiv32s>(v.aligned() + 132), 0);
     EXPECT_EQ(std::memcmp(v.aligned() + 136, "SAMC", 4), 0);
     Memory f(412);
     EXPECT_EQ(kiviQuantIntraInit_MPEG4(m.data(), f.as<KiviQuantIntraSpec_MPEG4>(), 8), kivStsBadQp);
@@ -175,147 +171,75 @@ struct Records {
     KiviQuantInvInterSpec_MPEG4* inv_inter() { return ve.as<KiviQuantInvInterSpec_MPEG4>(); }
 };
 
-TEST(Mpeg4Quant, RoundingRules) {
-    Records h263(nullptr, 8);
-    Block b{};
-    int count = 0;
-    // The reciprocal form is part of the result: QP 31, |c| 1115 gives 18.
-    b[5] = 1115;
-    b[6] = -1115;
-    b[7] = 1;
-    ASSERT_EQ(kiviQuantIntra_MPEG4_16s_C1I(b.data(), h263.intra(), 31, &count, 0), kivStsOk);
-    EXPECT_EQ(b[5], 18);
-    EXPECT_EQ(b[6], -18);
-    EXPECT_EQ(count, 2);
-    // QP 1 halves, truncating toward zero.
-    b = {};
-    b[1] = -7;
-    b[2] = 7;
-    ASSERT_EQ(kiviQuantInter_MPEG4_16s_C1I(b.data(), h263.inter(), 1, &count), kivStsOk);
-    EXPECT_EQ(b[1], -3);
-    EXPECT_EQ(b[2], 3);
-    EXPECT_EQ(count, 2);
-    // Intra DC with QP 3, luminance: scaler 8, rounding to nearest.
-    for (auto [c0, want] : {std::pair{12, 2}, {11, 1}, {-12, -2}, {3, 0}}) {
-        b = {};
-        b[0] = static_cast<Kiv16s>(c0);
-        ASSERT_EQ(kiviQuantIntra_MPEG4_16s_C1I(b.data(), h263.intra(), 3, &count, 0), kivStsOk);
-        EXPECT_EQ(b[0], want) << c0;
-        EXPECT_EQ(count, want != 0);
-    }
-    // Chrominance QP 30: scaler 24; luminance QP 30: 44. Limited to 2047.
-    b = {};
-    b[0] = 30000;
-    ASSERT_EQ(kiviQuantIntra_MPEG4_16s_C1I(b.data(), h263.intra(), 30, &count, 1), kivStsOk);
-    EXPECT_EQ(b[0], 1250);
-    b[0] = 30000;
-    ASSERT_EQ(kiviQuantIntra_MPEG4_16s_C1I(b.data(), h263.intra(), 30, &count, 0), kivStsOk);
-    EXPECT_EQ(b[0], 682);
-    b[0] = 30000;
-    ASSERT_EQ(kiviQuantIntra_MPEG4_16s_C1I(b.data(), h263.intra(), 1, &count, 0), kivStsOk);
-    EXPECT_EQ(b[0], 2047);
-
-    // H.263 inverse: QP 4 gives 11 and -19, QP 5 gives 15; the 8-bit range.
-    b = {};
-    b[0] = 1;
-    b[1] = -2;
-    b[2] = 200;
-    b[3] = -200;
-    ASSERT_EQ(kiviQuantInvInter_MPEG4_16s_C1I(b.data(), 3, h263.inv_inter(), 4), kivStsOk);
-    EXPECT_EQ(b[0], 11);
-    EXPECT_EQ(b[1], -19);
-    EXPECT_EQ(b[2], 1603);
-    EXPECT_EQ(b[3], -1603);
-    EXPECT_EQ(b[63], 0);
-    b = {};
-    b[0] = 1;
-    b[1] = 300;
-    b[2] = -300;
-    ASSERT_EQ(kiviQuantInvInter_MPEG4_16s_C1I(b.data(), 63, h263.inv_inter(), 5), kivStsOk);
-    EXPECT_EQ(b[0], 15);
-    EXPECT_EQ(b[1], 2047);
-    EXPECT_EQ(b[2], -2048);
-    // QP 1 at the edge of saturation: 2 * 1024 + 1 is limited on both sides.
-    b = {};
-    b[0] = 1023;
-    b[1] = -1023;
-    b[2] = 1024;
-    b[3] = -1024;
-    b[4] = -32768;
-    ASSERT_EQ(kiviQuantInvInter_MPEG4_16s_C1I(b.data(), 4, h263.inv_inter(), 1), kivStsOk);
-    EXPECT_EQ(b[0], 2047);
-    EXPECT_EQ(b[1], -2047);
-    EXPECT_EQ(b[2], 2047);
-    EXPECT_EQ(b[3], -2048);
-    EXPECT_EQ(b[4], -2048);
-    // Intra: DC by the scaler, AC as inter; chroma QP 20 scaler 16.
-    b = {};
-    b[0] = -3;
-    b[9] = 2;
-    ASSERT_EQ(kiviQuantInvIntra_MPEG4_16s_C1I(b.data(), 9, h263.inv_intra(), 20, 2), kivStsOk);
-    EXPECT_EQ(b[0], -48);
-    EXPECT_EQ(b[9], 2 * 20 * 2 + 19);
-}
-
-TEST(Mpeg4Quant, MismatchControl) {
-    std::array<Kiv8u, 64> flat;
+// The rounding rules, limits and mismatch control a round trip cannot see.
+// Each row starts from a zero block holding `in`; `out` lists the elements
+// that change.
+TEST(Mpeg4Quant, RoundingRulesLimitsAndMismatchControl) {
+    std::array<Kiv8u, 64> flat, heavy;
     flat.fill(16);
-    Records mpeg(flat.data(), 8);
-    Block b{};
-    // Intra, DC only and even: element 63 becomes 1; odd: untouched.
-    b[0] = 2;
-    ASSERT_EQ(kiviQuantInvIntra_MPEG4_16s_C1I(b.data(), 0, mpeg.inv_intra(), 3, 0), kivStsOk);
-    EXPECT_EQ(b[0], 16);
-    EXPECT_EQ(b[63], 1);
-    b = {};
-    b[0] = 2;
-    ASSERT_EQ(kiviQuantInvIntra_MPEG4_16s_C1I(b.data(), 0, mpeg.inv_intra(), 5, 0), kivStsOk);
-    EXPECT_EQ(b[0], 20);
-    EXPECT_EQ(b[63], 1);
-    b = {};
-    b[0] = 1;
-    ASSERT_EQ(kiviQuantInvIntra_MPEG4_16s_C1I(b.data(), 0, mpeg.inv_intra(), 9, 1), kivStsOk);
-    EXPECT_EQ(b[0], 11);  // chroma scaler (9 + 13) / 2
-    EXPECT_EQ(b[63], 0);
-    // Intra AC: (L W QP) / 8 toward zero; DC + sum decides.
-    b = {};
-    b[0] = 1;   // DC 8
-    b[1] = -1;  // -16 * 3 / 8 = -6
-    b[63] = 3;  // 18, sum 20 even: 18 -> 19
-    ASSERT_EQ(kiviQuantInvIntra_MPEG4_16s_C1I(b.data(), 63, mpeg.inv_intra(), 3, 0), kivStsOk);
-    EXPECT_EQ(b[1], -6);
-    EXPECT_EQ(b[63], 19);
-    // Inter: ((2L + sign) W QP) / 16; odd sum untouched, even sum toggles.
-    b = {};
-    b[0] = 1;  // 3 * 16 * 3 / 16 = 9, odd
-    ASSERT_EQ(kiviQuantInvInter_MPEG4_16s_C1I(b.data(), 0, mpeg.inv_inter(), 3), kivStsOk);
-    EXPECT_EQ(b[0], 9);
-    EXPECT_EQ(b[63], 0);
-    b = {};
-    b[0] = 1;
-    b[63] = -1;  // -9: sum 0, even: -9 -> -10
-    ASSERT_EQ(kiviQuantInvInter_MPEG4_16s_C1I(b.data(), 63, mpeg.inv_inter(), 3), kivStsOk);
-    EXPECT_EQ(b[63], -10);
-    // A negative last index: empty sum, element 63 set.
-    b = {};
-    ASSERT_EQ(kiviQuantInvInter_MPEG4_16s_C1I(b.data(), -1, mpeg.inv_inter(), 3), kivStsOk);
-    EXPECT_EQ(b[63], 1);
-    // The H.263 method has no mismatch control.
-    Records h263(nullptr, 8);
-    b = {};
-    ASSERT_EQ(kiviQuantInvInter_MPEG4_16s_C1I(b.data(), 63, h263.inv_inter(), 3), kivStsOk);
-    EXPECT_EQ(b[63], 0);
-    // Values are limited before they are summed: 12 bits, QP 511, W 255.
-    std::array<Kiv8u, 64> heavy;
     heavy.fill(255);
-    Records big(heavy.data(), 12);
-    b = {};
-    b[0] = 32767;  // far beyond 32767 before the limit
-    b[1] = -32768;
-    ASSERT_EQ(kiviQuantInvInter_MPEG4_16s_C1I(b.data(), 1, big.inv_inter(), 511), kivStsOk);
-    EXPECT_EQ(b[0], 32767);
-    EXPECT_EQ(b[1], -32768);
-    EXPECT_EQ(b[63], 0);  // sum -1: odd
+    Records h263(nullptr, 8), mpeg(flat.data(), 8), big(heavy.data(), 12);
+    enum class Op { Intra, Inter, InvIntra, InvInter };
+    const struct {
+        Op op;
+        Records* r;
+        int qp, last, type;  // last: inverse only; type: intra only
+        Entries in, out;
+        int count;  // forward only
+    } rows[] = {
+        // The reciprocal form is part of the result: QP 31, |c| 1115 gives 18.
+        {Op::Intra, &h263, 31, 0, 0, {{5, 1115}, {6, -1115}, {7, 1}}, {{5, 18}, {6, -18}, {7, 0}}, 2},
+        // QP 1 halves, truncating toward zero.
+        {Op::Inter, &h263, 1, 0, 0, {{1, -7}, {2, 7}}, {{1, -3}, {2, 3}}, 2},
+        // Intra DC with QP 3, luminance: scaler 8, rounding to nearest.
+        {Op::Intra, &h263, 3, 0, 0, {{0, 12}}, {{0, 2}}, 1},
+        {Op::Intra, &h263, 3, 0, 0, {{0, 11}}, {{0, 1}}, 1},
+        {Op::Intra, &h263, 3, 0, 0, {{0, -12}}, {{0, -2}}, 1},
+        {Op::Intra, &h263, 3, 0, 0, {{0, 3}}, {{0, 0}}, 0},
+        // Chrominance QP 30: scaler 24; luminance QP 30: 44. Limited to 2047.
+        {Op::Intra, &h263, 30, 0, 1, {{0, 30000}}, {{0, 1250}}, 1},
+        {Op::Intra, &h263, 30, 0, 0, {{0, 30000}}, {{0, 682}}, 1},
+        {Op::Intra, &h263, 1, 0, 0, {{0, 30000}}, {{0, 2047}}, 1},
+        // H.263 inverse: QP 4 gives 11 and -19, QP 5 gives 15; the 8-bit range.
+        {Op::InvInter, &h263, 4, 3, 0, {{0, 1}, {1, -2}, {2, 200}, {3, -200}},
+         {{0, 11}, {1, -19}, {2, 1603}, {3, -1603}}, 0},
+        {Op::InvInter, &h263, 5, 63, 0, {{0, 1}, {1, 300}, {2, -300}}, {{0, 15}, {1, 2047}, {2, -2048}}, 0},
+        // QP 1 at the edge of saturation: 2 * 1024 + 1 is limited on both sides.
+        {Op::InvInter, &h263, 1, 4, 0, {{0, 1023}, {1, -1023}, {2, 1024}, {3, -1024}, {4, -32768}},
+         {{0, 2047}, {1, -2047}, {2, 2047}, {3, -2048}, {4, -2048}}, 0},
+        // Intra: DC by the scaler, AC as inter; chroma QP 20 scaler 16.
+        {Op::InvIntra, &h263, 20, 9, 2, {{0, -3}, {9, 2}}, {{0, -48}, {9, 2 * 20 * 2 + 19}}, 0},
+        // No mismatch control in the H.263 method.
+        {Op::InvInter, &h263, 3, 63, 0, {}, {}, 0},
+        // MPEG intra, DC only: an even sum sets element 63, an odd one does not
+        // (chroma scaler (9 + 13) / 2).
+        {Op::InvIntra, &mpeg, 3, 0, 0, {{0, 2}}, {{0, 16}, {63, 1}}, 0},
+        {Op::InvIntra, &mpeg, 5, 0, 0, {{0, 2}}, {{0, 20}, {63, 1}}, 0},
+        {Op::InvIntra, &mpeg, 9, 0, 1, {{0, 1}}, {{0, 11}}, 0},
+        // Intra AC: (L W QP) / 8 toward zero; DC 8 - 6 + 18 even: 18 -> 19.
+        {Op::InvIntra, &mpeg, 3, 63, 0, {{0, 1}, {1, -1}, {63, 3}}, {{0, 8}, {1, -6}, {63, 19}}, 0},
+        // Inter: ((2L + sign) W QP) / 16; odd sum untouched, even sum toggles.
+        {Op::InvInter, &mpeg, 3, 0, 0, {{0, 1}}, {{0, 9}}, 0},
+        {Op::InvInter, &mpeg, 3, 63, 0, {{0, 1}, {63, -1}}, {{0, 9}, {63, -10}}, 0},
+        // A negative last index: empty sum, element 63 set.
+        {Op::InvInter, &mpeg, 3, -1, 0, {}, {{63, 1}}, 0},
+        // Values are limited before they are summed (sum -1, odd): 12 bits, QP 511, W 255.
+        {Op::InvInter, &big, 511, 1, 0, {{0, 32767}, {1, -32768}}, {}, 0},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(testing::Message() << "row " << (&row - rows));
+        Block b = block_of(row.in), want = block_of(row.in, row.out);
+        int count = 0;
+        const KivStatus st =
+            row.op == Op::Intra  ? kiviQuantIntra_MPEG4_16s_C1I(b.data(), row.r->intra(), row.qp, &count, row.type)
+            : row.op == Op::Inter ? kiviQuantInter_MPEG4_16s_C1I(b.data(), row.r->inter(), row.qp, &count)
+            : row.op == Op::InvIntra
+                ? kiviQuantInvIntra_MPEG4_16s_C1I(b.data(), row.last, row.r->inv_intra(), row.qp, row.type)
+                : kiviQuantInvInter_MPEG4_16s_C1I(b.data(), row.last, row.r->inv_inter(), row.qp);
+        ASSERT_EQ(st, kivStsOk);
+        EXPECT_EQ(b, want);
+        EXPECT_EQ(count, row.count);
+    }
 }
 
 // Quantise then reconstruct: every coefficient within one quantiser step.

@@ -9,42 +9,22 @@
 #include <tuple>
 #include <vector>
 
+#include "mpeg4/bit_text.h"
 #include "mpeg4/coeff_tables.h"
 
 namespace {
 
 using namespace kivvc::mpeg4;
+using kivvc::test::strip;
+using kivvc::test::value_of;
 
-std::string strip(const char* s) {
-    std::string r;
-    for (; *s; ++s)
-        if (*s != ' ') r += *s;
-    return r;
-}
-
-bool prefix_free(const std::vector<std::string>& codes) {
-    for (std::size_t i = 0; i < codes.size(); ++i)
-        for (std::size_t j = 0; j < codes.size(); ++j)
-            if (i != j && codes[j].compare(0, codes[i].size(), codes[i]) == 0) return false;
-    return true;
-}
-
+bool prefix_free(const std::vector<std::string>& codes) { return kivvc::test::check_codes(codes, 16).prefix_free; }
 // Kraft sum in units of 2^-16.
-long kraft(const std::vector<std::string>& codes) {
-    long sum = 0;
-    for (const auto& c : codes) sum += 1L << (16 - c.size());
-    return sum;
-}
+long kraft(const std::vector<std::string>& codes) { return long(kivvc::test::check_codes(codes, 16).kraft); }
 
 std::vector<std::string> reversed(std::vector<std::string> codes) {
     for (auto& c : codes) c = std::string(c.rbegin(), c.rend());
     return codes;
-}
-
-std::uint32_t value_of(const std::string& c) {
-    std::uint32_t v = 0;
-    for (char b : c) v = (v << 1) | std::uint32_t(b - '0');
-    return v;
 }
 
 struct TcoefCase {
