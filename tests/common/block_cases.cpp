@@ -16,7 +16,7 @@ struct CopyExercise {
     void operator()(const void* f, P& p) const {
         const auto src = p.template in_plane<std::uint8_t>(w, h, 0, 255, 0, 0, 1, 1);
         const auto dst = p.template out_plane<std::uint8_t>(w, h);
-        const auto fn = reinterpret_cast<block::CopyFn>(f);
+        const auto fn = kernel_cast<block::CopyFn>(f);
         p.call([=] { fn(src.ptr, src.step, dst.ptr, dst.step); });
     }
 };
@@ -27,7 +27,7 @@ struct AddHpExercise {
         const auto res = p.template in_plane<std::int16_t>(8, 8, -2048, 2047);
         const auto ref = p.template in_plane<std::uint8_t>(8, 8, 0, 255, 0, 0, 1, 1);
         const auto dst = p.template out_plane<std::uint8_t>(8, 8);
-        const auto fn = reinterpret_cast<block::AddHpFn>(f);
+        const auto fn = kernel_cast<block::AddHpFn>(f);
         p.call([=] { fn(res.ptr, res.step, ref.ptr, ref.step, dst.ptr, dst.step); });
     }
 };
@@ -39,7 +39,7 @@ struct AverageExercise {
         const auto a = p.template in_plane<std::uint8_t>(n, n, 0, 255);
         const auto b = p.template in_plane<std::uint8_t>(n, n, 0, 255);
         const auto dst = p.template out_plane<std::uint8_t>(n, n);
-        const auto fn = reinterpret_cast<block::AverageFn>(f);
+        const auto fn = kernel_cast<block::AverageFn>(f);
         p.call([=] { fn(a.ptr, a.step, b.ptr, b.step, dst.ptr, dst.step); });
     }
 };
@@ -50,7 +50,7 @@ struct AddExercise {
         // Full 16-bit range: the wrap must match too.
         const auto res = p.template in_plane<std::int16_t>(8, 8, -32768, 32767);
         const auto dst = p.template out_plane<std::uint8_t>(8, 8);
-        const auto fn = reinterpret_cast<block::AddFn>(f);
+        const auto fn = kernel_cast<block::AddFn>(f);
         p.call([=] { fn(res.ptr, res.step, dst.ptr, dst.step); });
     }
 };
@@ -60,7 +60,7 @@ struct AddConstExercise {
     void operator()(const void* f, P& p) const {
         const auto value = static_cast<std::int16_t>(p.value(-32768, 32767));
         const auto dst = p.template out_plane<std::uint8_t>(8, 8);
-        const auto fn = reinterpret_cast<block::AddConstFn>(f);
+        const auto fn = kernel_cast<block::AddConstFn>(f);
         p.call([=] { fn(value, dst.ptr, dst.step); });
     }
 };

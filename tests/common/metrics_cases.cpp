@@ -46,10 +46,10 @@ struct SadExercise {
         auto* out = results(p, 1);
         if (bidir) {
             const auto bwd = p.template in_plane<T>(w, h, 0, max_of<T>(), 0, 0, 1, 1);
-            const auto fn = reinterpret_cast<int32_t (*)(const T*, int, const T*, int, const T*, int)>(f);
+            const auto fn = kernel_cast<int32_t (*)(const T*, int, const T*, int, const T*, int)>(f);
             p.call([=] { out[0] = fn(cur.ptr, cur.step, ref.ptr, ref.step, bwd.ptr, bwd.step); });
         } else {
-            const auto fn = reinterpret_cast<int32_t (*)(const T*, int, const T*, int)>(f);
+            const auto fn = kernel_cast<int32_t (*)(const T*, int, const T*, int)>(f);
             p.call([=] { out[0] = fn(cur.ptr, cur.step, ref.ptr, ref.step); });
         }
     }
@@ -69,10 +69,10 @@ struct GetDiffExercise {
         const auto pred = with_pred ? p.template out_plane<int16_t>(w, h) : Plane<int16_t>{nullptr, 0};
         const int rc = p.rng.range(0, 1);
         if (bidir) {
-            const auto fn = reinterpret_cast<m::GetDiffBFn>(f);
+            const auto fn = kernel_cast<m::GetDiffBFn>(f);
             p.call([=] { fn(cur.ptr, cur.step, ref.ptr, ref.step, bwd.ptr, bwd.step, diff.ptr, diff.step, rc); });
         } else {
-            const auto fn = reinterpret_cast<m::GetDiffFn>(f);
+            const auto fn = kernel_cast<m::GetDiffFn>(f);
             p.call([=] { fn(cur.ptr, cur.step, ref.ptr, ref.step, diff.ptr, diff.step, pred.ptr, pred.step, rc); });
         }
     }
@@ -88,10 +88,10 @@ struct SubExercise {
         const auto dst = p.template out_plane<int16_t>(n, n);
         if constexpr (Sad) {
             auto* out = results(p, 1);
-            const auto fn = reinterpret_cast<m::SubSadFn>(f);
+            const auto fn = kernel_cast<m::SubSadFn>(f);
             p.call([=] { out[0] = fn(a.ptr, a.step, b.ptr, b.step, dst.ptr, dst.step); });
         } else {
-            const auto fn = reinterpret_cast<void (*)(const T*, int, const T*, int, int16_t*, int)>(f);
+            const auto fn = kernel_cast<void (*)(const T*, int, const T*, int, int16_t*, int)>(f);
             p.call([=] { fn(a.ptr, a.step, b.ptr, b.step, dst.ptr, dst.step); });
         }
     }
@@ -104,7 +104,7 @@ struct MomentsExercise {
     void operator()(const void* f, P& p) const {
         const auto src = p.template in_plane<T>(n, n, std::numeric_limits<T>::min(), max_of<T>());
         auto* out = results(p, 2);
-        const auto fn = reinterpret_cast<m::Moments (*)(const T*, int)>(f);
+        const auto fn = kernel_cast<m::Moments (*)(const T*, int)>(f);
         p.call([=] {
             const m::Moments r = fn(src.ptr, src.step);
             out[0] = r.sum;
@@ -121,7 +121,7 @@ struct VarMeanDiffExercise {
         const auto ref = p.template in_plane<uint8_t>(16, h, 0, 255, 0, 0, 1, 1);
         auto* squares = results(p, std::size_t(h / 4));
         auto* sums = results(p, std::size_t(h / 4));
-        const auto fn = reinterpret_cast<m::VarMeanDiffFn>(f);
+        const auto fn = kernel_cast<m::VarMeanDiffFn>(f);
         p.call([=] { fn(cur.ptr, cur.step, ref.ptr, ref.step, squares, sums); });
     }
 };
@@ -132,7 +132,7 @@ struct MeanAbsDevExercise {
     void operator()(const void* f, P& p) const {
         const auto src = p.template in_plane<uint8_t>(n, n, 0, 255);
         auto* out = results(p, 1);
-        const auto fn = reinterpret_cast<m::MeanAbsDevFn>(f);
+        const auto fn = kernel_cast<m::MeanAbsDevFn>(f);
         p.call([=] { out[0] = fn(src.ptr, src.step); });
     }
 };
@@ -143,7 +143,7 @@ struct FrameFieldExercise {
     void operator()(const void* f, P& p) const {
         const auto src = p.template in_plane<T>(16, 16, std::numeric_limits<T>::min(), max_of<T>());
         auto* out = results(p, 2);
-        const auto fn = reinterpret_cast<void (*)(const T*, int, int32_t*, int32_t*)>(f);
+        const auto fn = kernel_cast<void (*)(const T*, int, int32_t*, int32_t*)>(f);
         p.call([=] { fn(src.ptr, src.step, out, out + 1); });
     }
 };
@@ -156,7 +156,7 @@ struct BlocksExercise {
         const auto cur = p.template in_plane<T>(16, 16, 0, max_of<T>());
         const auto ref = p.template in_plane<T>(16, 16, 0, max_of<T>());
         auto* out = p.template out_array<R>(std::size_t(256 / (b * b)), 0, 65535);
-        const auto fn = reinterpret_cast<void (*)(const T*, int, const T*, int, R*)>(f);
+        const auto fn = kernel_cast<void (*)(const T*, int, const T*, int, R*)>(f);
         p.call([=] { fn(cur.ptr, cur.step, ref.ptr, ref.step, out); });
     }
 };
@@ -168,7 +168,7 @@ struct EdgesExercise {
         const int td = p.rng.range(0, 140);
         const int tc = p.rng.chance(4) ? p.rng.range(0, 255) : p.rng.range(0, 40);
         auto* out = p.template out_array<uint8_t>(1);
-        const auto fn = reinterpret_cast<m::EdgesFn>(f);
+        const auto fn = kernel_cast<m::EdgesFn>(f);
         p.call([=] { out[0] = fn(src.ptr, src.step, td, tc); });
     }
 };
@@ -179,7 +179,7 @@ struct CountZerosExercise {
         const bool sparse = p.rng.chance(2);
         const auto* coefs = p.template array<int16_t>(64, sparse ? -2 : -32768, sparse ? 2 : 32767);
         auto* out = p.template out_array<uint32_t>(1, 0, 65535);
-        const auto fn = reinterpret_cast<m::CountZerosFn>(f);
+        const auto fn = kernel_cast<m::CountZerosFn>(f);
         p.call([=] { out[0] = fn(coefs); });
     }
 };

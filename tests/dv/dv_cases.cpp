@@ -22,13 +22,13 @@ struct QuantInvExercise {
         const auto step = static_cast<std::int16_t>(form == Form::TableAndStep ? p.value(-32768, 32767) : 0);
         auto* block = p.template out_array<std::int16_t>(64);
         if (form == Form::Table) {
-            const auto fn = reinterpret_cast<dv::QuantInvFn>(f);
+            const auto fn = kernel_cast<dv::QuantInvFn>(f);
             p.call([=] { fn(block, a); });
         } else if (form == Form::TwoTables) {
-            const auto fn = reinterpret_cast<dv::QuantWeightFn>(f);
+            const auto fn = kernel_cast<dv::QuantWeightFn>(f);
             p.call([=] { fn(block, a, b); });
         } else {
-            const auto fn = reinterpret_cast<dv::QuantWeightStepFn>(f);
+            const auto fn = kernel_cast<dv::QuantWeightStepFn>(f);
             p.call([=] { fn(block, a, step); });
         }
     }

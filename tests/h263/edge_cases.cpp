@@ -21,10 +21,10 @@ struct EdgeExercise {
         const int step = area.step;
         if (deblock) {
             const int strength = lines == 8 ? p.rng.range(1, 12) : h263::kUnlimitedStrength;
-            const auto fn = reinterpret_cast<h263::DeblockFn>(f);
+            const auto fn = kernel_cast<h263::DeblockFn>(f);
             p.call([=] { fn(edge, step, strength); });
         } else {
-            const auto fn = reinterpret_cast<h263::BoundaryFn>(f);
+            const auto fn = kernel_cast<h263::BoundaryFn>(f);
             p.call([=] { fn(edge, step); });
         }
     }

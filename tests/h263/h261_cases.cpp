@@ -12,7 +12,7 @@ struct LoopFilterExercise {
     void operator()(const void* f, P& p) const {
         const auto src = p.template in_plane<std::uint8_t>(8, 8, 0, 255);
         const auto dst = p.template out_plane<std::uint8_t>(8, 8);
-        const auto fn = reinterpret_cast<h263::LoopFilterFn>(f);
+        const auto fn = kernel_cast<h263::LoopFilterFn>(f);
         p.call([=] { fn(src.ptr, src.step, dst.ptr, dst.step); });
     }
 };

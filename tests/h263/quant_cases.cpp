@@ -13,7 +13,7 @@ struct QuantExercise {
         std::int16_t* block = p.template out_array<std::int16_t>(64, -32768, 32767);
         const int qp = p.rng.range(1, 31);
         std::int32_t* count = p.template out_array<std::int32_t>(1);
-        const auto fn = reinterpret_cast<h263::QuantFn>(f);
+        const auto fn = kernel_cast<h263::QuantFn>(f);
         p.call([=] { *count = fn(block, qp); });
     }
 };
@@ -25,7 +25,7 @@ struct QuantInvExercise {
         std::int16_t* block = p.template out_array<std::int16_t>(64, -range, range);
         const int qp = p.rng.range(1, 31);
         const int last = p.rng.chance(4) ? 63 : p.rng.range(0, 63);
-        const auto fn = reinterpret_cast<h263::QuantInvFn>(f);
+        const auto fn = kernel_cast<h263::QuantInvFn>(f);
         p.call([=] { fn(block, last, qp); });
     }
 };

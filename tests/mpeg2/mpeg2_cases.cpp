@@ -28,7 +28,7 @@ struct IdctExercise {
     void operator()(const void* f, P& p) const {
         const std::int16_t* src = coefficients(p);
         const auto dst = p.template out_plane<Out>(8, 8);
-        const auto fn = reinterpret_cast<Fn>(f);
+        const auto fn = kernel_cast<Fn>(f);
         p.call([=] { fn(src, dst.ptr, dst.step); });
     }
 };
@@ -40,7 +40,7 @@ struct InterleaveExercise {
         const std::int16_t* a = p.template array<std::int16_t>(64, -256, 255);
         const std::int16_t* b = p.template array<std::int16_t>(64, -256, 255);
         const auto dst = p.template out_plane<Out>(16, 8);
-        const auto fn = reinterpret_cast<Fn>(f);
+        const auto fn = kernel_cast<Fn>(f);
         p.call([=] { fn(a, b, dst.ptr, dst.step); });
     }
 };
@@ -54,7 +54,7 @@ struct QuantInvExercise {
         const std::int16_t* matrix =
             wide ? p.template array<std::int16_t>(64, -32768, 32767) : p.template array<std::int16_t>(64, 1, 255);
         const std::int32_t q = wide ? static_cast<std::int32_t>(p.rng.next()) : p.value(1, 112);
-        const auto fn = reinterpret_cast<mpeg2::QuantInvFn>(f);
+        const auto fn = kernel_cast<mpeg2::QuantInvFn>(f);
         p.call([=] {
             // In place: each run starts from the same block.
             fn(block, q, matrix);
@@ -77,10 +77,10 @@ struct McExercise {
         const auto dst = p.template out_plane<std::uint8_t>(w, h);
         const int last = small ? p.value(0, 3) : h;
         if (two) {
-            const auto fn = reinterpret_cast<mpeg2::McBFn>(f);
+            const auto fn = kernel_cast<mpeg2::McBFn>(f);
             p.call([=] { fn(a.ptr, a.step, b.ptr, b.step, res.ptr, res.step, dst.ptr, dst.step, last); });
         } else {
-            const auto fn = reinterpret_cast<mpeg2::McFn>(f);
+            const auto fn = kernel_cast<mpeg2::McFn>(f);
             p.call([=] { fn(a.ptr, a.step, res.ptr, res.step, dst.ptr, dst.step, last); });
         }
     }

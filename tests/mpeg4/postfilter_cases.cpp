@@ -15,7 +15,7 @@ struct EdgeExercise {
         const auto area = horizontal ? p.template out_plane<std::uint8_t>(8, 10) : p.template out_plane<std::uint8_t>(10, 8);
         std::uint8_t* edge = horizontal ? area.row(5) : area.ptr + 5;
         const int qp = p.rng.range(1, 31), thr1 = p.rng.range(-1, 12), thr2 = p.rng.range(0, 11);
-        const auto fn = reinterpret_cast<postfilter::EdgeFn>(f);
+        const auto fn = kernel_cast<postfilter::EdgeFn>(f);
         const int step = area.step;
         p.call([=] { fn(edge, step, qp, thr1, thr2); });
     }

@@ -49,7 +49,7 @@ struct ForwardExercise {
         const auto* in = p.template array<std::int16_t>(64, -span - 1, span);
         auto* block = p.template out_array<std::int16_t>(64);
         auto* count = p.template out_array<std::int32_t>(1);
-        const auto fn = reinterpret_cast<mpeg4::QuantFn>(f);
+        const auto fn = kernel_cast<mpeg4::QuantFn>(f);
         p.call([=] {
             std::memcpy(block, in, 128);
             count[0] = fn(block, rec, qp);
@@ -73,7 +73,7 @@ struct InverseExercise {
         std::array<std::int16_t, 64> levels{};  // zero above the last index
         std::copy(in, in + last + 1, levels.begin());
         auto* block = p.template out_array<std::int16_t>(64);
-        const auto fn = reinterpret_cast<mpeg4::QuantInvFn>(f);
+        const auto fn = kernel_cast<mpeg4::QuantInvFn>(f);
         p.call([=] {
             std::memcpy(block, levels.data(), 128);
             fn(block, last, rec, qp, dc);

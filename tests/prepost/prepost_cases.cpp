@@ -26,10 +26,10 @@ struct LineExercise {
         auto* dst = p.template out_array<std::uint8_t>(std::size_t(w));
         if (median) {
             const int threshold = kThresholds[p.rng.range(0, int(std::size(kThresholds)) - 1)];
-            const auto fn = reinterpret_cast<prepost::MedianLineFn>(f);
+            const auto fn = kernel_cast<prepost::MedianLineFn>(f);
             p.call([=] { fn(a, b, c, dst, w, threshold); });
         } else {
-            const auto fn = reinterpret_cast<prepost::EdgeLineFn>(f);
+            const auto fn = kernel_cast<prepost::EdgeLineFn>(f);
             p.call([=] { fn(a, b, c, dst, w); });
         }
     }

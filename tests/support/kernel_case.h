@@ -197,6 +197,14 @@ struct KernelCase {
 
 std::vector<KernelCase>& registry();
 
+// The kernel behind a case's function pointer (cases hold them as const
+// void*; a plain reinterpret_cast would cast the const away, which not every
+// compiler accepts).
+template <class Fn>
+Fn kernel_cast(const void* f) {
+    return reinterpret_cast<Fn>(const_cast<void*>(f));
+}
+
 // Registers one case; `exercise` is a functor with the templated operator().
 template <class Exercise, class Pick>
 void add_case(std::string family, std::string name, Pick pick, Exercise exercise) {

@@ -12,7 +12,7 @@ const Table& at(CpuFlags f) { return table_for<Table, vc1::init_vc1>(f); }
 
 template <class Fn>
 Fn kernel(const void* f) {
-    return reinterpret_cast<Fn>(const_cast<void*>(f));
+    return kernel_cast<Fn>(const_cast<void*>(f));
 }
 
 struct TransformExercise {

@@ -83,10 +83,10 @@ struct EdgesExercise {
         T* q0 = vertical ? pl.ptr + margin : pl.row(margin);
         const int step = pl.step / int(sizeof(T));
         if constexpr (k8) {
-            const auto fn = reinterpret_cast<deblock::Edges8Fn>(const_cast<void*>(f));
+            const auto fn = kernel_cast<deblock::Edges8Fn>(const_cast<void*>(f));
             p.call([=] { fn(q0, step, th.alpha, th.beta, th.tc0, bs); });
         } else {
-            const auto fn = reinterpret_cast<deblock::Edges16Fn>(const_cast<void*>(f));
+            const auto fn = kernel_cast<deblock::Edges16Fn>(const_cast<void*>(f));
             p.call([=] { fn(q0, step, th.alpha, th.beta, th.tc0, bs, maxv); });
         }
     }

@@ -28,10 +28,10 @@ struct LumaExercise {
         const int ss = src.step / int(sizeof(T)), ds = dst.step / int(sizeof(T));
         const int w_ = w, h_ = h;
         if constexpr (sizeof(T) == 1) {
-            const auto fn = reinterpret_cast<interp::LumaFn>(f);
+            const auto fn = kernel_cast<interp::LumaFn>(f);
             p.call([=] { fn(src.ptr, ss, dst.ptr, ds, w_, h_); });
         } else {
-            const auto fn = reinterpret_cast<interp::Luma16Fn>(f);
+            const auto fn = kernel_cast<interp::Luma16Fn>(f);
             p.call([=] { fn(src.ptr, ss, dst.ptr, ds, w_, h_, maxv); });
         }
     }
@@ -49,7 +49,7 @@ struct ChromaExercise {
         const int ss = src.step / int(sizeof(T)), ds = dst.step / int(sizeof(T));
         const int w_ = w, h_ = h;
         using Fn = std::conditional_t<sizeof(T) == 1, interp::ChromaFn, interp::Chroma16Fn>;
-        const auto fn = reinterpret_cast<Fn>(f);
+        const auto fn = kernel_cast<Fn>(f);
         p.call([=] { fn(src.ptr, ss, dst.ptr, ds, dx, dy, w_, h_); });
     }
 };
@@ -61,7 +61,7 @@ struct AverageExercise {
         const auto a = p.template in_plane<std::uint8_t>(w, h, 0, 255);
         const auto b = p.template in_plane<std::uint8_t>(w, h, 0, 255);
         const auto dst = p.template out_plane<std::uint8_t>(w, h);
-        const auto fn = reinterpret_cast<interp::AverageFn>(f);
+        const auto fn = kernel_cast<interp::AverageFn>(f);
         const int w_ = w, h_ = h;
         p.call([=] { fn(a.ptr, a.step, b.ptr, b.step, dst.ptr, dst.step, w_, h_); });
     }

@@ -41,7 +41,7 @@ struct UniExercise {
         const auto d = p.template out_plane<T>(w, h, 0, maxv);
         const int ds = d.step / int(sizeof(T)), w_ = w, h_ = h;
         using Fn = std::conditional_t<sizeof(T) == 1, weight::UniFn, weight::Uni16Fn>;
-        const auto fn = reinterpret_cast<Fn>(f);
+        const auto fn = kernel_cast<Fn>(f);
         p.call([=] { fn(d.ptr, ds, d.ptr, ds, w_, h_, k); });
     }
 };
@@ -60,13 +60,13 @@ struct BiExercise {
         const int as = a.step / int(sizeof(T)), bs = b.step / int(sizeof(T)), ds = d.step / int(sizeof(T));
         const int w_ = w, h_ = h;
         if constexpr (sizeof(T) == 1) {
-            const auto fn = reinterpret_cast<weight::BiFn>(f);
+            const auto fn = kernel_cast<weight::BiFn>(f);
             p.call([=] { fn(a.ptr, as, b.ptr, bs, d.ptr, ds, w_, h_, k); });
         } else if (average) {
-            const auto fn = reinterpret_cast<weight::Average16Fn>(f);
+            const auto fn = kernel_cast<weight::Average16Fn>(f);
             p.call([=] { fn(a.ptr, as, b.ptr, bs, d.ptr, ds, w_, h_); });
         } else {
-            const auto fn = reinterpret_cast<weight::Bi16Fn>(f);
+            const auto fn = kernel_cast<weight::Bi16Fn>(f);
             p.call([=] { fn(a.ptr, as, b.ptr, bs, d.ptr, ds, w_, h_, k); });
         }
     }
@@ -79,7 +79,7 @@ struct ExpandExercise {
         const auto plane = p.template out_plane<std::uint8_t>(w + 2 * e, h + 2 * e);
         std::uint8_t* origin = plane.ptr + std::ptrdiff_t(e) * plane.step + e;
         const int step = plane.step, w_ = w, h_ = h, e_ = e, mode_ = mode;
-        const auto fn = reinterpret_cast<weight::ExpandFn>(f);
+        const auto fn = kernel_cast<weight::ExpandFn>(f);
         p.call([=] { fn(origin, w_, h_, step, e_, mode_); });
     }
 };

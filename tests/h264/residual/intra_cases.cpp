@@ -29,10 +29,10 @@ struct PredExercise {
         const auto* left = p.template array<T>(h, 0, hi);
         const auto dst = p.template out_plane<T>(n, h);
         if constexpr (sizeof(T) == 1) {
-            const auto fn = reinterpret_cast<in::PredFn>(const_cast<void*>(f));
+            const auto fn = kernel_cast<in::PredFn>(const_cast<void*>(f));
             p.call([=] { fn(top, left, dst.ptr, dst.step); });
         } else {
-            const auto fn = reinterpret_cast<in::PredHbdFn>(const_cast<void*>(f));
+            const auto fn = kernel_cast<in::PredHbdFn>(const_cast<void*>(f));
             p.call([=] { fn(top, left, dst.ptr, dst.step, depth); });
         }
     }
