@@ -10,8 +10,6 @@ namespace {
 namespace fw = h264::fwd;
 const fw::Table& at(CpuFlags f) { return table_for<fw::Table, fw::init_fwd>(f); }
 
-constexpr const char* kFamily = "h264/residual";
-
 struct TransformExercise {
     int n;  // 16 or 64 values
     template <class P>
@@ -53,30 +51,20 @@ struct SumsDiffExercise {
     }
 };
 
-template <auto Member, class Exercise>
-void add(const char* name, Exercise e) {
-    add_case(kFamily, name, [](CpuFlags f) { return at(f).*Member; }, e);
-}
-
-template <int Index, class Exercise>
-void add_quant(const char* name, Exercise e) {
-    add_case(kFamily, name, [](CpuFlags f) { return at(f).quant[Index]; }, e);
-}
-
-template <int Index, class Exercise>
-void add_sums(const char* name, Exercise e) {
-    add_case(kFamily, name, [](CpuFlags f) { return at(f).sums_diff[Index]; }, e);
+template <class Exercise, class Pick>
+void add(const char* name, Pick pick, Exercise e) {
+    add_case("h264/residual", name, [pick](CpuFlags f) { return pick(at(f)); }, e);
 }
 
 }  // namespace
 
 KIVVC_CASES(register_h264_fwd_cases) {
-    add<&fw::Table::transform4x4>("fwd_transform4x4", TransformExercise{16});
-    add<&fw::Table::transform8x8>("fwd_transform8x8", TransformExercise{64});
-    add_quant<2>("fwd_quant4x4", QuantExercise{16});
-    add_quant<3>("fwd_quant8x8", QuantExercise{64});
-    add_sums<0>("sums_diff16x16", SumsDiffExercise{16});
-    add_sums<1>("sums_diff8x8", SumsDiffExercise{8});
+    add("fwd_transform4x4", [](const fw::Table& t) { return t.transform4x4; }, TransformExercise{16});
+    add("fwd_transform8x8", [](const fw::Table& t) { return t.transform8x8; }, TransformExercise{64});
+    add("fwd_quant4x4", [](const fw::Table& t) { return t.quant[2]; }, QuantExercise{16});
+    add("fwd_quant8x8", [](const fw::Table& t) { return t.quant[3]; }, QuantExercise{64});
+    add("sums_diff16x16", [](const fw::Table& t) { return t.sums_diff[0]; }, SumsDiffExercise{16});
+    add("sums_diff8x8", [](const fw::Table& t) { return t.sums_diff[1]; }, SumsDiffExercise{8});
 }
 
 }  // namespace kivvc::test
