@@ -16,7 +16,7 @@ struct TransformExercise {
     void operator()(const void* f, P& p) const {
         const auto* src = p.template array<std::int16_t>(std::size_t(n), -32768, 32767);
         auto* dst = p.template out_array<std::int16_t>(std::size_t(n));
-        const auto fn = reinterpret_cast<fw::Transform4x4Fn>(f);
+        const auto fn = kernel_cast<fw::Transform4x4Fn>(f);
         p.call([=] { fn(src, dst); });
     }
 };
@@ -33,7 +33,7 @@ struct QuantExercise {
         auto* count = p.template out_array<std::int32_t>(1);  // the returned count, compared as an output
         const int shift = p.rng.range(11, 27);
         const auto round = std::uint32_t(p.rng.range(0, (1 << shift) - 1));
-        const auto fn = reinterpret_cast<fw::QuantFn>(f);
+        const auto fn = kernel_cast<fw::QuantFn>(f);
         p.call([=] { *count = fn(src, dst, m, shift, round, scan, last); });
     }
 };
@@ -46,7 +46,7 @@ struct SumsDiffExercise {
         const auto pred = p.template in_plane<std::uint8_t>(size, size, 0, 255);
         auto* sums = p.template out_array<std::int16_t>(std::size_t(size * size / 16));
         std::int16_t* diff = p.rng.chance(4) ? nullptr : p.template out_array<std::int16_t>(std::size_t(size * size));
-        const auto fn = reinterpret_cast<fw::SumsDiffFn>(f);
+        const auto fn = kernel_cast<fw::SumsDiffFn>(f);
         p.call([=] { fn(src.ptr, src.step, pred.ptr, pred.step, sums, diff); });
     }
 };

@@ -91,7 +91,7 @@ template <auto Member, class Exercise>
 void add(const char* name, Exercise e) {
     using Fn = std::remove_cvref_t<decltype(std::declval<const tr::Table&>().*Member)>;
     add_case("h264/residual", name, [](CpuFlags f) { return at(f).*Member; },
-             [e](const void* f, auto& p) { e(reinterpret_cast<Fn>(f), p); });
+             [e](const void* f, auto& p) { e(kernel_cast<Fn>(f), p); });
 }
 
 using u8 = std::uint8_t;
