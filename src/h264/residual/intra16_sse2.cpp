@@ -51,18 +51,6 @@ void horizontal(const u16*, const u16* left, u16* dst, int step, int) {
     for (int y = 0; y < H; ++y) store<W>(row(dst, step, y), splat(left[y]));
 }
 
-// Mean of the available groups of N samples (bit 0 above, bit 1 left), or
-// the mid value.
-template <int N>
-int dc_value(const u16* top, const u16* left, int avail, int bitDepth) {
-    int sum = 0, count = 0;
-    if (avail & 1)
-        for (int i = 0; i < N; ++i, ++count) sum += top[i];
-    if (avail & 2)
-        for (int i = 0; i < N; ++i, ++count) sum += left[i];
-    return count ? (sum + count / 2) / count : 1 << (bitDepth - 1);
-}
-
 template <int N, int Avail>
 void dc(const u16* top, const u16* left, u16* dst, int step, int bitDepth) {
     const Row r = splat(dc_value<N>(top, left, Avail, bitDepth));

@@ -26,8 +26,24 @@ using PredHbdFn = void (*)(const u16* top, const u16* left, u16* dst, int step, 
 // Neighbour groups (the bits of the exported availability mask).
 inline constexpr unsigned kTop = 1, kLeft = 2, kAboveLeft = 32, kAboveRight = 64;
 
+// Helpers with internal linkage, so that every translation unit (SIMD-flagged
+// ones included) has its own copy.
+namespace {
+
 // Index of a DC table entry: bit 0 = row above present, bit 1 = left column.
-inline constexpr int dc_index(bool top, bool left) { return (top ? 1 : 0) | (left ? 2 : 0); }
+constexpr int dc_index(bool top, bool left) { return (top ? 1 : 0) | (left ? 2 : 0); }
+
+// Mean of the available groups of N samples each (avail: bit 0 above, bit 1
+// left), or the mid value.
+template <int N, class T>
+int dc_value(const T* top, const T* left, int avail, int bitDepth) {
+    int sum = 0, count = 0;
+    if (avail & 1)
+        for (int i = 0; i < N; ++i, ++count) sum += top[i];
+    if (avail & 2)
+        for (int i = 0; i < N; ++i, ++count) sum += left[i];
+    return count ? (sum + count / 2) / count : 1 << (bitDepth - 1);
+}
 
 // Chroma mode numbers differ from the 16x16 luma ones.
 enum ChromaMode { kChromaDc = 0, kChromaHorizontal = 1, kChromaVertical = 2, kChromaPlane = 3 };
@@ -67,6 +83,8 @@ constexpr DiagonalTap diagonal_tap(int n, int mode, int x, int y) {
     }
     }
 }
+
+}  // namespace
 
 struct Table {
     PredFn pred4x4[9];        // by 4x4 mode; [2] is DC with both neighbours

@@ -42,17 +42,6 @@ void pred_diagonal(const T* top, const T* left, T* dst, int step, int) {
     });
 }
 
-// Mean of the available groups of n samples each, or the mid value.
-template <int N, class T>
-int dc_value(const T* top, const T* left, int avail, int bitDepth) {
-    int sum = 0, count = 0;
-    if (avail & 1)
-        for (int i = 0; i < N; ++i, ++count) sum += top[i];
-    if (avail & 2)
-        for (int i = 0; i < N; ++i, ++count) sum += left[i];
-    return count ? (sum + count / 2) / count : 1 << (bitDepth - 1);
-}
-
 template <int N, int Avail, class T>
 void pred_dc(const T* top, const T* left, T* dst, int step, int bitDepth) {
     const int v = dc_value<N>(top, left, Avail, bitDepth);

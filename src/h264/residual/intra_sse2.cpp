@@ -54,7 +54,7 @@ int sum(const u8* s) {
 }
 
 template <int N, int Avail>
-int dc_value(const u8* top, const u8* left) {
+int dc_of(const u8* top, const u8* left) {
     constexpr int log2n = N == 16 ? 4 : N == 8 ? 3 : 2;
     if constexpr (Avail == 3) return (sum<N>(top) + sum<N>(left) + N) >> (log2n + 1);
     if constexpr (Avail == 1) return (sum<N>(top) + N / 2) >> log2n;
@@ -64,7 +64,7 @@ int dc_value(const u8* top, const u8* left) {
 
 template <int N, int Avail>
 void dc(const u8* top, const u8* left, u8* dst, int step) {
-    const __m128i v = _mm_set1_epi8(static_cast<char>(dc_value<N, Avail>(top, left)));
+    const __m128i v = _mm_set1_epi8(static_cast<char>(dc_of<N, Avail>(top, left)));
     for (int y = 0; y < N; ++y) store_row<N>(row(dst, step, y), v);
 }
 
@@ -77,13 +77,13 @@ void chroma_dc(const u8* top, const u8* left, u8* dst, int step) {
         const u8* l = left + 4 * band;
         int q0 = 128, q1 = 128;
         if constexpr (Avail == 3) {
-            q0 = band == 0 ? dc_value<4, 3>(top, l) : dc_value<4, 2>(nullptr, l);
-            q1 = band == 0 ? dc_value<4, 1>(top + 4, nullptr) : dc_value<4, 3>(top + 4, l);
+            q0 = band == 0 ? dc_of<4, 3>(top, l) : dc_of<4, 2>(nullptr, l);
+            q1 = band == 0 ? dc_of<4, 1>(top + 4, nullptr) : dc_of<4, 3>(top + 4, l);
         } else if constexpr (Avail == 1) {
-            q0 = dc_value<4, 1>(top, nullptr);
-            q1 = dc_value<4, 1>(top + 4, nullptr);
+            q0 = dc_of<4, 1>(top, nullptr);
+            q1 = dc_of<4, 1>(top + 4, nullptr);
         } else if constexpr (Avail == 2) {
-            q0 = q1 = dc_value<4, 2>(nullptr, l);
+            q0 = q1 = dc_of<4, 2>(nullptr, l);
         }
         const __m128i v = _mm_unpacklo_epi32(_mm_set1_epi8(static_cast<char>(q0)), _mm_set1_epi8(static_cast<char>(q1)));
         for (int y = 4 * band; y < 4 * band + 4; ++y) store_row<8>(row(dst, step, y), v);
