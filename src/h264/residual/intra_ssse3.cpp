@@ -55,10 +55,9 @@ void diagonal4x4(const u8* top, const u8* left, u8* dst, int step) {
     const __m128i two = _mm_avg_epu8(l0, l1), three = _mm_avg_epu8(outer, l1);
     const __m128i out = _mm_or_si128(_mm_shuffle_epi8(two, load_mask(kMasks<Mode>.two)),
                                      _mm_shuffle_epi8(three, load_mask(kMasks<Mode>.three)));
-    for (int y = 0; y < 4; ++y) {
-        const int v = _mm_cvtsi128_si32(_mm_srli_si128(out, 4 * y));
-        std::memcpy(row(dst, step, y), &v, 4);
-    }
+    alignas(16) u8 rows[16];
+    _mm_store_si128(reinterpret_cast<__m128i*>(rows), out);
+    for (int y = 0; y < 4; ++y) std::memcpy(row(dst, step, y), rows + 4 * y, 4);
 }
 
 // 8x8: the line from seven samples below e(0), in two registers per mean

@@ -122,7 +122,8 @@ void check_block(bool luma, int depth, KivStatus (*fn)(const Record*)) {
              : std::vector<std::array<int, 2>>{{2, 2}, {4, 2}, {2, 4}, {8, 8}, {14, 18}, {4, 4}};
     for (const auto& [bw, bh] : sizes)
         for (int frac = 0; frac < (4 << bits); frac += (luma || bw == 8 ? 1 : 5))
-            for (const auto& [ox, oy] : origins(pw, ph, bw, bh)) {
+            for (const auto& origin : origins(pw, ph, bw, bh)) {
+                const int ox = origin[0], oy = origin[1];  // plain names: lambdas capture them
                 const int dx = frac & ((1 << bits) - 1), dy = frac >> bits;
                 Dest<T> d1, d2;
                 Record r{};
