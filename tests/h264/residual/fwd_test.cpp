@@ -78,18 +78,30 @@ TEST(H264FwdTransform, CoreTransformsEqualTheMatrixProducts) {
             ASSERT_TRUE(t[k] == want && wide[k] == want && viaPrediction[k] == want) << k;
         }
     }
-    // 8x8: in place, separate and 32-bit agree; the DC is 64 x the mean.
-    Kiv16s block[64], copy[64], out[64];
-    Kiv32s out32[64];
-    for (int k = 0; k < 64; ++k) block[k] = Kiv16s(rng.range(-255, 255));
-    std::memcpy(copy, block, sizeof block);
-    ASSERT_EQ(kiviTransformFwdLuma8x8_H264_16s_C1(block, out), kivStsOk);
-    ASSERT_EQ(kiviTransformFwdLuma8x8_H264_16s32s_C1(block, out32), kivStsOk);
-    ASSERT_EQ(kiviTransformLuma8x8Fwd_H264_16s_C1I(copy), kivStsOk);
-    int sum = 0;
-    for (Kiv16s v : block) sum += v;
-    EXPECT_EQ(out[0], sum);
-    for (int k = 0; k < 64; ++k) EXPECT_TRUE(out[k] == copy[k] && out[k] == out32[k]) << k;
+    // 8x8: in place, separate and 32-bit against the forward butterfly written
+    // out (rows, then columns; inputs small enough for 16 bits).
+    const auto butterfly = [](int* v, int s) {
+        const int a0 = v[0] + v[7 * s], a1 = v[s] + v[6 * s], a2 = v[2 * s] + v[5 * s], a3 = v[3 * s] + v[4 * s];
+        const int d0 = v[0] - v[7 * s], d1 = v[s] - v[6 * s], d2 = v[2 * s] - v[5 * s], d3 = v[3 * s] - v[4 * s];
+        const int b0 = a0 + a3, b1 = a1 + a2, b2 = a0 - a3, b3 = a1 - a2;
+        const int b4 = d1 + d2 + d0 + (d0 >> 1), b5 = d0 - d3 - d2 - (d2 >> 1);
+        const int b6 = d0 + d3 - d1 - (d1 >> 1), b7 = d1 - d2 + d3 + (d3 >> 1);
+        const int y[8] = {b0 + b1, b4 + (b7 >> 2), b2 + (b3 >> 1), b5 + (b6 >> 2),
+                          b0 - b1, b6 - (b5 >> 2), (b2 >> 1) - b3, (b4 >> 2) - b7};
+        for (int i = 0; i < 8; ++i) v[i * s] = y[i];
+    };
+    for (int run = 0; run < 200; ++run) {
+        Kiv16s block[64], copy[64], out[64];
+        Kiv32s out32[64];
+        int want[64];
+        for (int k = 0; k < 64; ++k) want[k] = block[k] = copy[k] = Kiv16s(rng.range(-100, 100));
+        for (int i = 0; i < 8; ++i) butterfly(want + 8 * i, 1);
+        for (int i = 0; i < 8; ++i) butterfly(want + i, 8);
+        ASSERT_EQ(kiviTransformFwdLuma8x8_H264_16s_C1(block, out), kivStsOk);
+        ASSERT_EQ(kiviTransformFwdLuma8x8_H264_16s32s_C1(block, out32), kivStsOk);
+        ASSERT_EQ(kiviTransformLuma8x8Fwd_H264_16s_C1I(copy), kivStsOk);
+        for (int k = 0; k < 64; ++k) ASSERT_TRUE(out[k] == want[k] && copy[k] == want[k] && out32[k] == want[k]) << k;
+    }
 }
 
 // Reconstruction of random residuals through the decoder side: the RMS error
