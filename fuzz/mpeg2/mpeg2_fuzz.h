@@ -91,9 +91,9 @@ struct StandardTables {
     Built dc, zero, one;
     StandardTables() {
         using namespace kivvc::test::mpeg2;
-        kiviHuffmanTableInitAlloc_32s(dc_luma_source().data(), &dc.table);
-        kiviHuffmanRunLevelTableInitAlloc_32s(table_zero_source().data(), &zero.table);
-        kiviHuffmanRunLevelTableInitAlloc_32s(table_one_source().data(), &one.table);
+        kiviHuffmanTableInitAlloc_32s(source_table(codes_of(kDcLuma), {5, 5}, false).data(), &dc.table);
+        kiviHuffmanRunLevelTableInitAlloc_32s(coefficient_source(false).data(), &zero.table);
+        kiviHuffmanRunLevelTableInitAlloc_32s(coefficient_source(true).data(), &one.table);
     }
 };
 
