@@ -994,7 +994,12 @@ KIV_API KivStatus kiviReconstructLumaInter8x8MB_H264_16s8u_C1R(Kiv16s** ppSrcDst
  * bitDepth: 8..14 (our choice: 8 is accepted, for 8-bit content kept in
  * 16-bit planes; 16s8u records are always 8-bit and their bitDepth is not
  * read). Samples are clamped to 0..(1 << bitDepth) - 1 and missing intra
- * neighbours are taken as 1 << (bitDepth - 1). */
+ * neighbours are taken as 1 << (bitDepth - 1). Nothing is read outside the
+ * macroblock but the intra neighbours its edge mask allows (and, for the 8x8
+ * and 4x4 luma blocks on the top edge, the samples above-right that the mask
+ * allows); the records are only read. On a failed check nothing is written;
+ * a 4x4/8x8 mode above 8 stops the walk with earlier blocks done and the
+ * coefficient pointer not written back. */
 typedef struct {
     Kiv32s** ppSrcDstCoeff;
     Kiv16u* pSrcDstPlane;
