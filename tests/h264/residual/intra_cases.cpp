@@ -60,7 +60,7 @@ KIVVC_CASES(register_h264_intra_cases) {
     add_all<u8>("intra_chroma8x8_dc", &in::Table::dc_chroma8x8, 8, 4);
     add_all<u8>("intra_chroma8x16", &in::Table::pred_chroma8x16, 8, 4, 16);
     add_all<u8>("intra_chroma8x16_dc", &in::Table::dc_chroma8x16, 8, 4, 16);
-    add_all<u16>("intra4x4_hbd", &in::Table::pred4x4_hbd, 4, 3);  // vertical, horizontal, DC
+    add_all<u16>("intra4x4_hbd", &in::Table::pred4x4_hbd, 4, 9);
     add_all<u16>("intra4x4_hbd_dc", &in::Table::dc4x4_hbd, 4, 4);
     add_all<u16>("intra8x8_hbd", &in::Table::pred8x8_hbd, 8, 3);
     add_all<u16>("intra8x8_hbd_dc", &in::Table::dc8x8_hbd, 8, 4);
