@@ -67,26 +67,6 @@ TEST(H264Intra, Predict4x4EveryModeAndMask) {
             }
 }
 
-TEST(H264Intra, Predict4x4Substitutions) {
-    Picture<> pic;
-    Rng rng(5);
-    pic.fill(rng, false);
-    // Vertical without the row above: sixteen 128s and the warning.
-    EXPECT_EQ(kiviPredictIntra_4x4_H264_8u_C1IR(pic.block(), Picture<>::kStep, 0, 2 | 32 | 64), kivStsWarnNeighbourMissing);
-    for (int y = 0; y < 4; ++y)
-        for (int x = 0; x < 4; ++x) EXPECT_EQ(pic.at(x, y), 128);
-    // Diagonal down-left without above-right: p[3, -1] repeated, no warning.
-    for (int x = 0; x < 8; ++x) pic.mem[7 * Picture<>::kStep + 8 + x] = Kiv8u(x < 4 ? 0 : 200);
-    pic.mem[7 * Picture<>::kStep + 11] = 100;
-    EXPECT_EQ(kiviPredictIntra_4x4_H264_8u_C1IR(pic.block(), Picture<>::kStep, 3, 1), kivStsOk);
-    EXPECT_EQ(pic.at(3, 3), 100);
-    EXPECT_EQ(pic.at(0, 0), (0 + 0 + 0 + 2) >> 2);
-    EXPECT_EQ(pic.at(2, 0), (0 + 200 + 100 + 2) >> 2);
-    // DC with nothing available: 128 and no warning.
-    EXPECT_EQ(kiviPredictIntra_4x4_H264_8u_C1IR(pic.block(), Picture<>::kStep, 2, 0), kivStsOk);
-    EXPECT_EQ(pic.at(2, 2), 128);
-}
-
 TEST(H264Intra, Predict16x16AndChromaEveryModeAndMask) {
     Rng rng(77);
     using Fn = KivStatus (*)(Kiv8u*, Kiv32s, Kiv32u, Kiv32u);
@@ -114,15 +94,6 @@ TEST(H264Intra, Predict16x16AndChromaEveryModeAndMask) {
                         return ok ? expect_block(luma, c.n, c.n, p, mask & 1, mask & 2, x, y, 8) : before.at(x, y);
                     });
                 }
-}
-
-TEST(H264Intra, ChromaDcLeftOnlyRepeatsAcross) {
-    Picture<> pic;
-    Rng rng(9);
-    pic.fill(rng, false);
-    ASSERT_EQ(kiviPredictIntraChroma8x8_H264_8u_C1IR(pic.block(), Picture<>::kStep, 0, 2), kivStsOk);
-    EXPECT_EQ(pic.at(5, 1), pic.at(1, 1));
-    EXPECT_EQ(pic.at(6, 6), pic.at(2, 6));
 }
 
 TEST(H264Intra, ArgumentChecksInOrder) {
