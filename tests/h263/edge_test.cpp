@@ -94,7 +94,6 @@ TEST(H263EdgeFilters, QuantiserAndPointerChecks) {
     EXPECT_EQ(kiviFilterDeblocking8x8VerEdge_H263_8u_C1IR(steep.data() + 34, 16, 32), kivStsBadQp);
     EXPECT_EQ(steep, before);
     EXPECT_EQ(kiviFilterDeblocking8x8HorEdge_H263_8u_C1IR(nullptr, 16, 0), kivStsNullPointer);
-    EXPECT_EQ(kiviFilterDeblocking16x16VerEdge_H263_8u_C1IR(nullptr, 16), kivStsNullPointer);
     EXPECT_EQ(kiviFilterBlockBoundaryVerEdge_H263_8u_C1IR(nullptr, 16), kivStsNullPointer);
 }
 

@@ -97,7 +97,6 @@ TEST(Mpeg2MotionCompensation, NullPointers) {
     const Kiv16s zero[64] = {};
     Kiv8u out[64];
     EXPECT_EQ(kiviMC16x16_8u_C1(nullptr, 16, zero, 32, out, 16, 0, 0), kivStsNullPointer);
-    EXPECT_EQ(kiviMC2x2_8u_C1(ref, 16, nullptr, 32, out, 16, 0, 0), kivStsNullPointer);
     EXPECT_EQ(kiviMC4x4B_8u_C1(ref, 16, 0, nullptr, 16, 0, zero, 8, out, 4, 0), kivStsNullPointer);
     EXPECT_EQ(kiviMC16x8B_8u_C1(ref, 16, 0, ref, 16, 0, zero, 8, nullptr, 4, 0), kivStsNullPointer);
 }
