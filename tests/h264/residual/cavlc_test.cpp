@@ -405,7 +405,6 @@ TEST(H264Cavlc, StatusesInCheckOrder) {
     EXPECT_EQ(kiviDecodeCAVLCCoeffs_H264_1u16s(&word, &offset, &count, &null_p, -1, 14, tokens, zeros, runs, kScan), kivStsNullPointer);
     EXPECT_EQ(kiviDecodeCAVLCCoeffs_H264_1u16s(&word, &offset, &count, &p, -1, 14, tokens, zeros, runs, kScan), kivStsOutOfRange);
     EXPECT_EQ(kiviDecodeCAVLCCoeffs_H264_1u16s(&word, &offset, &count, &p, -1, 15, tokens, zeros, runs, kScan), kivStsOutOfRange);
-    EXPECT_EQ(kiviDecodeCAVLCCoeffs_H264_1u32s(&word, &offset, &count, &p32, 0, 16, tokens, zeros, runs, kScan), kivStsNullPointer);
     // 4:2:0 16-bit: with a leading 1 bit only the coefficient pointer is needed;
     // with 01 nothing is.
     words[0] = 0x80000000u;

